@@ -21,7 +21,12 @@ function(zuv_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/lib ${PROJECT_SOURCE_DIR}
                                              ${PROJECT_SOURCE_DIR}/tests/support)
-  target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
+  # A binary that links the sandbox main runs wholly inside the private test sandbox.
+  if("zuv_test_sandbox_main" IN_LIST ARG_LIBS)
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest Threads::Threads)
+  else()
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
+  endif()
   if(NOT ARG_LABELS)
     set(ARG_LABELS unit)
   endif()

@@ -1,0 +1,16 @@
+// A GoogleTest main that moves the whole test binary into the sandbox before any test runs.
+#include "zuvSandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    std::string why;
+    if (!zuvtest::enterSandbox(&why)) {
+        std::fprintf(stderr, "cannot enter the test sandbox: %s\n", why.c_str());
+        return 1;
+    }
+    return RUN_ALL_TESTS();
+}
