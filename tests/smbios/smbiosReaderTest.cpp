@@ -1,6 +1,8 @@
 // Decoding of well-formed tables: the three record types, strings, UUIDs, printing.
+#include <atomic>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "platform/zuvSmbiosUuid.h"
 #include "smbiosFixture.h"
@@ -297,4 +299,26 @@ TEST_F(SmbiosTest, PrintSlotsWritesEveryFieldOfEachRecord) {
     smbiosPrintSlots(slots.table.get(), 2);
     printed = testing::internal::GetCapturedStdout();
     EXPECT_NE(printed.find("System Slot record #2  (Type 9)\n   Handle              : 0x0001\n"), std::string::npos);
+}
+
+TEST_F(SmbiosTest, ConcurrentLookupsSeeTheSameRecords) {
+    zuvsim::SmbiosSlot slot;
+    slot.designation = std::string("Slot\x7f" "A");
+    open(zuvsim::SmbiosImage().addType1("PLATFAMILY00002").addSlot(slot).addSlot(slot));
+    std::vector<std::thread> threads;
+    std::atomic<int> good{0};
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&good] {
+            for (int i = 0; i < 200; ++i) {
+                Records<smbiosSystemSlot> slots(9);
+                Records<smbiosSystemInfo> info(1);
+                if (slots.count == 2 && std::string(slots[1].designation) == "Slot.A" &&
+                    std::string(info[0].family) == "PLATFAMILY00002") {
+                    ++good;
+                }
+            }
+        });
+    }
+    for (std::thread& t : threads) t.join();
+    EXPECT_EQ(good.load(), 800);
 }
