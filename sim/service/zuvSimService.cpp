@@ -1,0 +1,139 @@
+// A stand-in for the ZUV service at the other end of zuvCli's conversation: it creates
+// /var/run/kelzuv, reads request packets, records them, and answers on the client's reply pipe.
+//
+//   zuvSimService [--record FILE] [--answer TYPE=CODE]... [--behave TYPE=MODE]... [--count N]
+//
+// TYPE is a message type (decimal or 0x...) or "all". CODE is the 32-bit result code (default 0).
+// MODE says how to answer: normal, silent (read, never answer), short (two payload bytes),
+// extra (the code and eight more bytes), empty (open the reply pipe and close it unwritten).
+// Every packet received is appended to FILE as "packet <hex of the 17 meta bytes and the payload>".
+#include "channel/zuvPipeChannel.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+const char* const kServicePipe = "/var/run/kelzuv";
+const int kAllTypes = -1;
+
+struct Options {
+    std::string recordFile;
+    std::map<int, int32_t> codes;
+    std::map<int, std::string> modes;
+    long count = -1;
+};
+
+int parseType(const std::string& text) {
+    return text == "all" ? kAllTypes : static_cast<int>(std::strtol(text.c_str(), nullptr, 0));
+}
+
+template <typename Value>
+Value lookup(const std::map<int, Value>& byType, int type, Value fallback) {
+    auto found = byType.find(type);
+    if (found != byType.end()) return found->second;
+    found = byType.find(kAllTypes);
+    return found != byType.end() ? found->second : fallback;
+}
+
+bool splitPair(const char* text, std::string& left, std::string& right) {
+    const char* equals = std::strchr(text, '=');
+    if (!equals) return false;
+    left.assign(text, equals);
+    right.assign(equals + 1);
+    return true;
+}
+
+Options parseOptions(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string name = argv[i];
+        if (i + 1 >= argc) {
+            std::fprintf(stderr, "zuvSimService: %s needs a value\n", name.c_str());
+            std::exit(2);
+        }
+        const char* value = argv[++i];
+        std::string left, right;
+        if (name == "--record") {
+            options.recordFile = value;
+        } else if (name == "--count") {
+            options.count = std::strtol(value, nullptr, 10);
+        } else if (name == "--answer" && splitPair(value, left, right)) {
+            options.codes[parseType(left)] = static_cast<int32_t>(std::strtol(right.c_str(), nullptr, 0));
+        } else if (name == "--behave" && splitPair(value, left, right)) {
+            options.modes[parseType(left)] = right;
+        } else {
+            std::fprintf(stderr, "zuvSimService: bad option %s %s\n", name.c_str(), value);
+            std::exit(2);
+        }
+    }
+    return options;
+}
+
+void record(const std::string& file, const zuvPipePacket& packet) {
+    if (file.empty()) return;
+    FILE* out = std::fopen(file.c_str(), "a");
+    if (!out) return;
+    std::fprintf(out, "packet");
+    const auto* meta = reinterpret_cast<const uint8_t*>(&packet);
+    for (size_t i = 0; i < zuvPipeMetaDataSize; ++i) std::fprintf(out, " %02x", meta[i]);
+    for (uint32_t i = 0; i < packet.payloadLength; ++i)
+        std::fprintf(out, " %02x", static_cast<uint8_t>(packet.payload[i]));
+    std::fprintf(out, "\n");
+    std::fclose(out);
+}
+
+void answer(const Options& options, const zuvPipePacket& request) {
+    const std::string mode = lookup(options.modes, request.messageType, std::string("normal"));
+    if (mode == "silent") return;
+    const std::string replyPipe = "/var/run/kelzuvcli" + std::to_string(request.senderPid);
+    const int32_t code = lookup(options.codes, request.messageType, int32_t{0});
+    std::vector<char> payload(sizeof code);
+    std::memcpy(payload.data(), &code, sizeof code);
+    if (mode == "short") payload.resize(2);
+    if (mode == "extra") payload.insert(payload.end(), 8, '\x5a');
+    if (mode == "empty") {
+        std::FILE* pipe = std::fopen(replyPipe.c_str(), "w");  // the client sees an end of file
+        if (pipe) std::fclose(pipe);
+        return;
+    }
+    zuvPipePacket reply {};
+    reply.senderTag = 1;
+    reply.messageType = request.messageType;
+    reply.payloadLength = static_cast<uint32_t>(payload.size());
+    reply.senderPid = static_cast<uint32_t>(getpid());
+    reply.payload = payload.data();
+    if (!zuvWritePipe(replyPipe.c_str(), &reply)) std::fprintf(stderr, "zuvSimService: no reply pipe %s\n", replyPipe.c_str());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Options options = parseOptions(argc, argv);
+    mkdir("/var/run", 0755);
+    if (!zuvCreatePipe(kServicePipe) && errno != EEXIST) {
+        std::perror("zuvSimService: mkfifo /var/run/kelzuv");
+        return 1;
+    }
+    for (long served = 0; options.count < 0 || served < options.count; ++served) {
+        zuvPipePacket request {};
+        request.payload = nullptr;
+        const bool ok = zuvReadPipe(kServicePipe, &request);
+        if (ok) {
+            record(options.recordFile, request);
+            answer(options, request);
+        } else {
+            --served;  // an empty open/close is no request
+        }
+        std::free(request.payload);
+    }
+    return 0;
+}
