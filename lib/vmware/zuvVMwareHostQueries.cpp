@@ -1,0 +1,104 @@
+// Host identity, fixed paths, time texts, OS version and IPv4 addresses.
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
+#include <sys/utsname.h>
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+
+#include "log/zuvLogger.h"
+#include "utils/zuvStringUtils.h"
+#include "vmware/zuvHostSystem.h"
+#include "vmware/zuvVMwareLogTag.h"
+#include "vmware/zuvVMwareOSUtils.h"
+
+namespace {
+
+// strerror_r comes in a GNU form (returns the text) and an XSI form (fills the buffer).
+[[maybe_unused]] const char* errorTextOf(int result, const char* buffer) { return result == 0 ? buffer : ""; }
+[[maybe_unused]] const char* errorTextOf(const char* result, const char*) { return result; }
+
+std::string errorText(int errorNumber, size_t bufferSize) {
+    std::string buffer(bufferSize, '\0');
+    const char* text = errorTextOf(strerror_r(errorNumber, &buffer[0], bufferSize), buffer.data());
+    return std::string(text, strnlen(text, bufferSize - 1));
+}
+
+// The value behind the first colon of the first line that the command printed.
+std::string valueAfterColon(const std::vector<std::string>& lines) {
+    if (lines.empty()) return "";
+    const size_t colon = lines.front().find(':');
+    if (colon == std::string::npos) return "";
+    return zuvStringUtils::trim(lines.front().substr(colon + 1), zuvStringUtils::whitespaceCharacters);
+}
+
+}  // namespace
+
+std::string zuvVMwareOSUtils::getHostName() {
+    struct utsname name {};
+    if (zuvCurrentHostSystem().uname(&name) != 0) {
+        ZUV_LOG_ERROR(kVMwareLogTag, "uname failed with error = %d", errno);
+        return " ";
+    }
+    return name.nodename;
+}
+
+std::string zuvVMwareOSUtils::getKernelInfo() {
+    struct utsname name {};
+    if (zuvCurrentHostSystem().uname(&name) != 0) {
+        ZUV_LOG_ERROR(kVMwareLogTag, "uname failed with error = %d", errno);
+        return " ";
+    }
+    return std::string(name.sysname) + " " + name.nodename + " " + name.release + " " + name.version + " " +
+           name.machine;
+}
+
+std::string zuvVMwareOSUtils::getInstallPath() { return "/opt/kelzuv"; }
+std::string zuvVMwareOSUtils::getVitalFilePrefix() { return getInstallPath() + "/vital/kel"; }
+std::string zuvVMwareOSUtils::getNicListPath() { return getInstallPath() + "/tmp/zuv_niclist.txt"; }
+std::string zuvVMwareOSUtils::getNicAddDetailsPath() { return getInstallPath() + "/tmp/zuv_nicAddDetails.txt"; }
+
+std::string zuvVMwareOSUtils::getCurrentTimeString() {
+    const time_t now = time(nullptr);
+    char buffer[64] = {};
+    if (ctime_r(&now, buffer) == nullptr) return "";
+    return zuvStringUtils::trim(buffer, zuvStringUtils::whitespaceCharacters);
+}
+
+std::string getTimeZoneName() {
+    const time_t now = time(nullptr);
+    struct tm broken {};
+    localtime_r(&now, &broken);
+    return broken.tm_zone ? broken.tm_zone : "";
+}
+
+std::string zuvVMwareOSUtils::getOSVersion() {
+    return valueAfterColon(runCommand("localcli system version get | grep -i Version:"));
+}
+
+std::string zuvVMwareOSUtils::getOSProduct() {
+    return valueAfterColon(runCommand("localcli system version get | grep -i Product:"));
+}
+
+std::vector<std::string> zuvVMwareOSUtils::getIPv4Addresses() {
+    std::vector<std::string> addresses;
+    zuvHostSystem& system = zuvCurrentHostSystem();
+    struct ifaddrs* list = nullptr;
+    if (system.getifaddrs(&list) != 0) return addresses;
+    for (struct ifaddrs* entry = list; entry != nullptr; entry = entry->ifa_next) {
+        if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET) continue;
+        char text[16] = {};
+        const auto* address = reinterpret_cast<const struct sockaddr_in*>(entry->ifa_addr);
+        inet_ntop(AF_INET, &address->sin_addr, text, sizeof text);
+        const char* name = entry->ifa_name ? entry->ifa_name : "";
+        ZUV_LOG_DEBUG(kVMwareLogTag, "I/F Name: [%s] - IP Address: [%s]", name, text);
+        if (std::strcmp(name, "lo") != 0) addresses.emplace_back(text);
+    }
+    system.freeifaddrs(list);
+    return addresses;
+}
+
+std::string zuvVMwareOSUtils::getErrorText(int errorNumber) { return errorText(errorNumber, 1024); }
+std::string zuvVMwareOSUtils::getShortErrorText(int errorNumber) { return errorText(errorNumber, 256); }
