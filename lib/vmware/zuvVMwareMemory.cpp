@@ -1,0 +1,75 @@
+// Machine and free memory of the host, from one esxtop batch sample written to a scratch
+// file. The sample is comma-separated: a row of column names, then a row of quoted values,
+// each row ending in a comma, so the first field of the value row begins with a line feed.
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "log/zuvLogger.h"
+#include "vmware/zuvVMwareLogTag.h"
+#include "vmware/zuvVMwareOSUtils.h"
+
+namespace {
+
+struct MemorySample {
+    long machineMBytes = 0;
+    long freeMBytes = 0;
+};
+
+// Reads the first value row under the header, field by field. Column numbers count from 1
+// in each row; the count is reset once, at the start of the value row, so rows appended
+// behind it count on beyond every column and are never read.
+MemorySample parseSample(FILE* file) {
+    MemorySample sample;
+    long machineColumn = 0;
+    long freeColumn = 0;
+    long column = 0;
+    bool inHeader = true;
+    char* field = nullptr;
+    size_t capacity = 0;
+    while (getdelim(&field, &capacity, ',', file) != -1) {
+        ++column;
+        if (field[0] == '\n' && inHeader) {
+            column = 1;
+            inHeader = false;
+            continue;
+        }
+        if (inHeader) {
+            if (std::strstr(field, "Machine MBytes") != nullptr) machineColumn = column;
+            if (std::strstr(field, "\\Memory\\Free MBytes") != nullptr) freeColumn = column;
+        } else {
+            if (column == machineColumn) std::sscanf(field, "\"%ld", &sample.machineMBytes);
+            if (column == freeColumn) std::sscanf(field, "\"%ld", &sample.freeMBytes);
+        }
+    }
+    free(field);
+    return sample;
+}
+
+}  // namespace
+
+std::vector<double> zuvVMwareOSUtils::getMemoryFigures() {
+    const std::string scratchPath = getInstallPath() + "/tmp/zuv-mem.txt";
+    const std::string configPath = getInstallPath() + "/data/esxtopconf";
+    const std::string command = "esxtop -c " + configPath + " -b -n 1 >> " + scratchPath;
+
+    if (system(command.c_str()) != 0) {
+        const int error = errno;
+        if (!memoryErrorLogged)
+            ZUV_LOG_ERROR(kVMwareLogTag, "Error occurred in fetching physical memory information : %s", strerror(error));
+        memoryErrorLogged = true;
+        remove(scratchPath.c_str());
+        return {};
+    }
+    FILE* file = fopen(scratchPath.c_str(), "r");
+    if (file == nullptr) {
+        ZUV_LOG_ERROR(kVMwareLogTag, "Unable to fetch physical memory information.");
+        remove(scratchPath.c_str());
+        return {};
+    }
+    const MemorySample sample = parseSample(file);
+    fclose(file);
+    remove(scratchPath.c_str());
+    return {static_cast<double>(sample.machineMBytes / 1024), static_cast<double>(sample.freeMBytes / 1024)};
+}
