@@ -12,7 +12,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -119,8 +118,10 @@ void answer(const Options& options, const zuvPipePacket& request) {
 int main(int argc, char** argv) {
     const Options options = parseOptions(argc, argv);
     mkdir("/var/run", 0755);
-    if (!zuvCreatePipe(kServicePipe) && errno != EEXIST) {
-        std::perror("zuvSimService: mkfifo /var/run/kelzuv");
+    struct stat existing {};
+    const bool reuse = stat(kServicePipe, &existing) == 0 && S_ISFIFO(existing.st_mode);
+    if (!reuse && !zuvCreatePipe(kServicePipe)) {
+        std::fprintf(stderr, "zuvSimService: cannot create %s\n", kServicePipe);
         return 1;
     }
     for (long served = 0; options.count < 0 || served < options.count; ++served) {
