@@ -4,7 +4,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <fcntl.h>
 #include <regex.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "fakeHostSystem.h"
 #include "sim/hosttools/zuvFakeHostTools.h"
@@ -93,6 +96,32 @@ TEST_F(HostQueriesTest, RunCommandCutsLongLinesAtTheBufferAndKeepsLineFeeds) {
     EXPECT_EQ(os.runCommandOrThrow("echo one; echo two; false"), (std::vector<std::string>{"one\n", "two\n"}));
     EXPECT_TRUE(os.runCommand("true").empty());
     EXPECT_TRUE(vmwaretest::hasMessage(vmwaretest::debugMessages(), "Command to be executed : [true]"));
+}
+
+TEST_F(HostQueriesTest, ShellThatCannotStartGivesEmptyListOrThrows) {
+    // With every descriptor in use, popen() can't make its pipe.
+    struct rlimit saved {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &saved), 0);
+    struct rlimit low = saved;
+    low.rlim_cur = 64;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &low), 0);
+    std::vector<int> held;
+    for (int fd; (fd = open("/dev/null", O_RDONLY)) >= 0;) held.push_back(fd);
+    const std::vector<std::string> lines = os.runCommand("echo never");
+    std::string thrown;
+    try {
+        os.runCommandOrThrow("echo never");
+    } catch (const std::runtime_error& e) {
+        thrown = e.what();
+    }
+    for (int fd : held) close(fd);
+    setrlimit(RLIMIT_NOFILE, &saved);
+
+    EXPECT_TRUE(lines.empty());
+    EXPECT_EQ(thrown, "Too many open files");
+    const auto debug = vmwaretest::debugMessages();
+    EXPECT_TRUE(vmwaretest::hasMessage(debug, "popen() failed! : Too many open files"));
+    EXPECT_TRUE(vmwaretest::hasMessage(debug, "popen() failed! : [24 - Too many open files]"));
 }
 
 TEST_F(HostQueriesTest, OSVersionAndProductAreTheTrimmedValuesOfLocalcli) {
