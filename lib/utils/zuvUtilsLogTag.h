@@ -1,0 +1,4 @@
+#pragma once
+// The log tag of zuvUtils.
+
+constexpr const char* kUtilsLogTag = "ZUV_UTILS";
