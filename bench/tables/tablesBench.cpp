@@ -1,0 +1,109 @@
+// What the tables cost each process at start: spawn to exit of an empty program with and
+// without them, the allocations and time before main that the program reports itself, and
+// the in-process cost of building the vendor map, the largest of the tables.
+
+#include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tables/zuvDeviceLocationRules.h"
+#include "tables/zuvPciVendorNames.h"
+
+extern char** environ;
+
+namespace {
+
+struct StartFigures {
+    long allocations = -1;
+    long bytes = -1;
+    long long wallNanoseconds = -1;
+    long long cpuNanoseconds = -1;
+};
+
+// Runs the probe once and reads the line it prints.
+StartFigures readFigures(const char* path) {
+    StartFigures figures;
+    FILE* out = popen(path, "r");
+    if (out == nullptr) return figures;
+    if (std::fscanf(out, "%ld %ld %lld %lld", &figures.allocations, &figures.bytes, &figures.wallNanoseconds,
+                    &figures.cpuNanoseconds) != 4)
+        figures = StartFigures{};
+    pclose(out);
+    return figures;
+}
+
+void spawnAndWait(const char* path, benchmark::State& state) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    char* argv[] = {const_cast<char*>(path), nullptr};
+    pid_t pid = 0;
+    if (posix_spawn(&pid, path, &actions, nullptr, argv, environ) != 0) {
+        state.SkipWithError("cannot spawn the probe");
+        posix_spawn_file_actions_destroy(&actions);
+        return;
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    posix_spawn_file_actions_destroy(&actions);
+}
+
+void processStart(benchmark::State& state, const char* path) {
+    // Median of several runs of the self-reported figures, so one slow start doesn't decide.
+    std::vector<long long> wall, cpu;
+    StartFigures figures;
+    for (int i = 0; i < 21; ++i) {
+        figures = readFigures(path);
+        wall.push_back(figures.wallNanoseconds);
+        cpu.push_back(figures.cpuNanoseconds);
+    }
+    std::sort(wall.begin(), wall.end());
+    std::sort(cpu.begin(), cpu.end());
+    for (auto _ : state) spawnAndWait(path, state);
+    state.counters["allocs_before_main"] = static_cast<double>(figures.allocations);
+    state.counters["bytes_before_main"] = static_cast<double>(figures.bytes);
+    state.counters["us_init_wall_median"] = static_cast<double>(wall[wall.size() / 2]) / 1000.0;
+    state.counters["us_init_cpu_median"] = static_cast<double>(cpu[cpu.size() / 2]) / 1000.0;
+}
+
+void BM_ProcessStartPlain(benchmark::State& state) { processStart(state, ZUV_START_PLAIN); }
+void BM_ProcessStartWithTables(benchmark::State& state) { processStart(state, ZUV_START_LINKED); }
+
+// The vendor map as the tables build it before main.
+void BM_BuildVendorMap(benchmark::State& state) {
+    for (auto _ : state) {
+        std::map<std::string, std::string> names;
+        for (std::size_t i = 0; i < pciVendorNameCount; ++i)
+            names.emplace_hint(names.end(), pciVendorNameList[i].key, pciVendorNameList[i].name);
+        benchmark::DoNotOptimize(names);
+    }
+    state.counters["entries"] = static_cast<double>(pciVendorNameCount);
+}
+
+// Copying the five location rules, as the vector does at start.
+void BM_CopyLocationRules(benchmark::State& state) {
+    for (auto _ : state) {
+        std::vector<zuvDL::_ZUV_IO_GEOID_EXTRACTION_RULE> rules{zuvDL::geoIdType1Rule, zuvDL::geoIdType2Rule,
+                                                                zuvDL::geoIdType4Rule, zuvDL::geoIdType5Rule,
+                                                                zuvDL::geoIdType6Rule};
+        benchmark::DoNotOptimize(rules);
+    }
+}
+
+}  // namespace
+
+BENCHMARK(BM_ProcessStartPlain)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ProcessStartWithTables)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_BuildVendorMap)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_CopyLocationRules)->Unit(benchmark::kNanosecond);
+
+BENCHMARK_MAIN();
