@@ -4,21 +4,18 @@
 #include <stdexcept>
 
 #include "platform/zuvPlatformCode.h"
-#include "platform/zuvSmbiosReader.h"
-#include "zuvSandbox.h"
-#include "zuvSmbiosImage.h"
+#include "platformTestRig.h"
 
 namespace {
 
-void installFamily(const std::string& family) {
-    smbiosClose();
-    const auto bytes = zuvsim::SmbiosImage().addBios().addType1(family).bytes();
-    zuvtest::writeFile(smbiosDevicePath, std::string(bytes.begin(), bytes.end()));
-}
+using platformtest::installFamily;
 
 class PlatformCodeTest : public ::testing::Test {
 protected:
-    void SetUp() override { storeCachedPlatformCode(-1); }
+    void SetUp() override {
+        platformtest::rig();
+        storeCachedPlatformCode(-1);
+    }
     void TearDown() override {
         storeCachedPlatformCode(-1);
         smbiosClose();
@@ -77,8 +74,7 @@ TEST_F(PlatformCodeTest, UnknownPlatformIsAskedAgainAtEachCall) {
 }
 
 TEST_F(PlatformCodeTest, NoSmbiosDataThrowsAndCachesNothing) {
-    smbiosClose();
-    unlink(smbiosDevicePath);
+    platformtest::removeSmbios();
     try {
         getCachedPlatformCode();
         ADD_FAILURE() << "no exception";
