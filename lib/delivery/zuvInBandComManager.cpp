@@ -16,6 +16,16 @@ namespace {
 
 constexpr int kProtocolIPMI = 0;
 
+// The family for the first log line; a failure to read it is left to the platform check
+// that follows, which reports it.
+std::string familyForLog(zuvSmbiosInterface* smbios) {
+    try {
+        return smbios->getFamily();
+    } catch (...) {
+        return "";
+    }
+}
+
 }  // namespace
 
 zuvInBandComManager* zuvInBandComManager::getInstance(zuvSmbiosInterface* smbios) {
@@ -24,7 +34,7 @@ zuvInBandComManager* zuvInBandComManager::getInstance(zuvSmbiosInterface* smbios
 }
 
 zuvInBandComManager::zuvInBandComManager(zuvSmbiosInterface* smbiosAccess) : smbios(smbiosAccess) {
-    ZUV_LOG_INFO(MANAGER_TAG, "Creating zuvInBandComManager: platformId [%s]", smbios->getFamily().c_str());
+    ZUV_LOG_INFO(MANAGER_TAG, "Creating zuvInBandComManager: platformId [%s]", familyForLog(smbios).c_str());
     try {
         smbios->getPlatform();  // only its success counts
         initialize(kProtocolIPMI);
