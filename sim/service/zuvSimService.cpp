@@ -2,10 +2,14 @@
 // /var/run/kelzuv, reads request packets, records them, and answers on the client's reply pipe.
 //
 //   zuvSimService [--record FILE] [--answer TYPE=CODE]... [--behave TYPE=MODE]... [--count N]
+//                 [--inventory-json TEXT]
 //
 // TYPE is a message type (decimal or 0x...) or "all". CODE is the 32-bit result code (default 0).
 // MODE says how to answer: normal, silent (read, never answer), short (two payload bytes),
 // extra (the code and eight more bytes), empty (open the reply pipe and close it unwritten).
+// With --inventory-json, an inventory request (0x0103) that is to be answered 0 first writes TEXT
+// to the file it names (relative names from the service's working directory), and is answered
+// -2 when that file can't be opened for writing.
 // Every packet received is appended to FILE as "packet <hex of the 17 meta bytes and the payload>".
 #include "channel/zuvPipeChannel.h"
 
@@ -23,9 +27,12 @@ namespace {
 
 const char* const kServicePipe = "/var/run/kelzuv";
 const int kAllTypes = -1;
+const uint16_t kInventoryType = 0x0103;
 
 struct Options {
     std::string recordFile;
+    std::string inventoryJson;
+    bool writeInventory = false;
     std::map<int, int32_t> codes;
     std::map<int, std::string> modes;
     long count = -1;
@@ -63,6 +70,9 @@ Options parseOptions(int argc, char** argv) {
         std::string left, right;
         if (name == "--record") {
             options.recordFile = value;
+        } else if (name == "--inventory-json") {
+            options.inventoryJson = value;
+            options.writeInventory = true;
         } else if (name == "--count") {
             options.count = std::strtol(value, nullptr, 10);
         } else if (name == "--answer" && splitPair(value, left, right)) {
@@ -90,11 +100,22 @@ void record(const std::string& file, const zuvPipePacket& packet) {
     std::fclose(out);
 }
 
+// 0 when the inventory was written, -2 when the file can't be opened for writing.
+int32_t saveInventory(const char* fileName, const std::string& json) {
+    FILE* out = std::fopen(fileName, "w");
+    if (!out) return -2;
+    std::fputs(json.c_str(), out);
+    std::fclose(out);
+    return 0;
+}
+
 void answer(const Options& options, const zuvPipePacket& request) {
     const std::string mode = lookup(options.modes, request.messageType, std::string("normal"));
     if (mode == "silent") return;
     const std::string replyPipe = "/var/run/kelzuvcli" + std::to_string(request.senderPid);
-    const int32_t code = lookup(options.codes, request.messageType, int32_t{0});
+    int32_t code = lookup(options.codes, request.messageType, int32_t{0});
+    if (request.messageType == kInventoryType && code == 0 && options.writeInventory)
+        code = saveInventory(request.payload, options.inventoryJson);
     std::vector<char> payload(sizeof code);
     std::memcpy(payload.data(), &code, sizeof code);
     if (mode == "short") payload.resize(2);

@@ -78,10 +78,11 @@ TEST_F(Channel, ReadGivesATerminatedPayloadOfTheAnnouncedLength) {
         for (uint32_t i = 0; i < length; ++i) raw.push_back(static_cast<uint8_t>('a' + i % 26));
         zuvPipePacket packet {};
         ASSERT_TRUE(readRaw(raw, packet)) << length;
-        EXPECT_EQ(packet.messageType, 0x0103);
-        EXPECT_EQ(packet.senderPid, 0x5678u);
-        EXPECT_EQ(packet.payloadLength, length);
-        ASSERT_NE(packet.payload, nullptr);
+        // Copies: the packed fields are misaligned, so no reference may bind to them.
+        EXPECT_EQ(uint16_t{packet.messageType}, 0x0103);
+        EXPECT_EQ(uint32_t{packet.senderPid}, 0x5678u);
+        EXPECT_EQ(uint32_t{packet.payloadLength}, length);
+        ASSERT_NE(static_cast<char*>(packet.payload), nullptr);
         EXPECT_EQ(packet.payload[length], 0);
         EXPECT_EQ(std::strlen(packet.payload), length);
         free(packet.payload);
@@ -93,11 +94,11 @@ TEST_F(Channel, ShortReadsAreFailuresAndNeverUseALengthNotReceived) {
     packet.payloadLength = 0xdeadbeef;
     EXPECT_FALSE(readRaw({}, packet));                       // the writer closed at once
     EXPECT_FALSE(readRaw({9, 0, 0, 2, 1, 200, 0}, packet));  // 7 of 17 meta bytes
-    EXPECT_EQ(packet.payload, nullptr);                      // nothing allocated from a partial length
-    EXPECT_EQ(packet.payloadLength, 0xdeadbeefu);            // the record is left as it was
+    EXPECT_EQ(static_cast<char*>(packet.payload), nullptr);  // nothing allocated from a partial length
+    EXPECT_EQ(uint32_t{packet.payloadLength}, 0xdeadbeefu);  // the record is left as it was
     std::vector<uint8_t> shortPayload{9, 0, 0, 2, 1, 10, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 'a', 'b'};
     EXPECT_FALSE(readRaw(shortPayload, packet));  // 2 of 10 payload bytes
-    ASSERT_NE(packet.payload, nullptr);           // allocated, and the caller frees it
+    ASSERT_NE(static_cast<char*>(packet.payload), nullptr);  // allocated, and the caller frees it
     EXPECT_STREQ(packet.payload, "ab");
     free(packet.payload);
 }
@@ -118,7 +119,7 @@ TEST_F(Channel, CreateAndWriteFailWithoutSideEffects) {
     EXPECT_FALSE(zuvWritePipe("/tmp/no-such-pipe", &packet));  // fails at once, no wait
     zuvPipePacket readPacket {};
     EXPECT_FALSE(zuvReadPipe("/tmp/no-such-pipe", &readPacket));
-    EXPECT_EQ(readPacket.payload, nullptr);
+    EXPECT_EQ(static_cast<char*>(readPacket.payload), nullptr);
 }
 
 }  // namespace

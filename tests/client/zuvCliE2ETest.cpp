@@ -118,6 +118,18 @@ TEST_F(CliFixture, ResultCodesChooseThePrintedLineAndStatusStaysZero) {
     EXPECT_TRUE(replyPipesLeft().empty());
 }
 
+TEST_F(CliFixture, InventoryFileNameReachesTheServiceAsTyped) {
+    startService({"--inventory-json", R"({"Inventory":1})"});
+    auto result = cli({"-j", " /tmp/inv.json "});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out, "ZUVCli: ZUV inventory saved to given file.\n");
+    EXPECT_EQ(zuvtest::readFile("/tmp/inv.json"), R"({"Inventory":1})");
+    result = cli({"--json-inventory", "/tmp/no-such-dir/inv.json"});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out, "ZUVCli: Unable to save ZUV inventory to given file. Unable to open file for writing.\n");
+    EXPECT_EQ(payloads(), (std::vector<std::string>{"/tmp/inv.json", "/tmp/no-such-dir/inv.json"}));
+}
+
 TEST_F(CliFixture, BrokenConversationsFailWithoutLeavingAReplyPipe) {
     // No service pipe at all: the send fails at once.
     auto result = cli({"-t", "708"});
