@@ -109,6 +109,8 @@ void zuvIPMIService::transfer(uint8_t netFn, uint8_t cmd, uint8_t lun, const voi
         }
 
         ZUV_LOG_DEBUG(ZUV_IPMI_TAG, "  Waiting for IPMI channel");
+        // A descriptor beyond the fixed-size set can't be waited on: FD_SET would write outside it.
+        if (fd >= FD_SETSIZE) throw ipmi_exceptions::wait_fd_free_failed();
         fd_set readSet;
         FD_ZERO(&readSet);
         FD_SET(fd, &readSet);

@@ -65,12 +65,15 @@ public:
     // Logs a status pair of the RMC, by the table of normal ends or of failed transfers.
     static void reportStatus(uint8_t status, uint8_t exitStatus, bool transferFailed);
 
+    // Public so that a test can build a service of its own over the device seam; the process
+    // uses the singleton.
     explicit zuvIPMIService(int maxMessageSize);
 
 private:
     static zuvIPMIService& instance();
     void sendBlocks(const uint8_t* buffer, uint32_t length, uint8_t& status, uint8_t& exitStatus);
 
+protected:
     const char* devicePath = "/dev/ipmi0";
     zuvRmcCommandBlock request{};
     zuvRmcCommandReply reply{};

@@ -67,7 +67,7 @@ void zuvIPMIService::reserveSDRRepository(uint16_t& reservationId) {
 
 void zuvIPMIService::getSDR(const zuvIPMI::GET_SDR_REQUEST& sdrRequest, uint8_t* buffer, uint16_t capacity,
                             uint16_t& size) {
-    std::memset(buffer, 0, capacity);
+    if (capacity != 0) std::memset(buffer, 0, capacity);
     size = 0;
     uint8_t code = 0xFF;
     const auto* requestBytes = reinterpret_cast<const uint8_t*>(&sdrRequest);

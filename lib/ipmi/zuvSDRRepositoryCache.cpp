@@ -16,6 +16,7 @@ namespace {
 const uint16_t kResponseCapacity = 257;  // 2 bytes of next record id, 255 of record
 const uint16_t kEndOfRepository = 0xFFFF;
 const uint8_t kHeaderSize = 5;
+const uint16_t kNextIdSize = 2;
 const uint8_t kPieceSize = 16;
 const size_t kRecordSize = sizeof(GENERIC_SDR);
 }  // namespace
@@ -78,13 +79,15 @@ void SDRRepositoryCache::readSDR(uint16_t recordId, uint16_t reservationId, IPMI
         std::memset(response, 0, kResponseCapacity);
         try {
             service.getSDR(request, response, kResponseCapacity, size);
+            // Without its 2 bytes of next record id the answer can't be placed in the chain of
+            // records: the read fails rather than store a record that the RMC didn't give.
+            if (size < kNextIdSize) throw InvalidResponseDataSizeException("Get SDR");
         } catch (const Exception& e) {
             ZUV_LOG_DEBUG(TAG, "Failed to retrieve SDR [0x%04x] @ offset [0x%02x]: (%s)!", recordId, offset, e.what());
             throw;
         }
-        // A response without its 2 bytes of next id carries nothing; what comes beyond the 255
-        // bytes of the record (a length byte above 250) is dropped.
-        const size_t received = size >= 2 ? size - 2u : 0u;
+        // What comes beyond the 255 bytes of the record (a length byte above 250) is dropped.
+        const size_t received = size - kNextIdSize;
         const size_t stored = std::min(received, kRecordSize - offset);
         std::memcpy(record.bytes + offset, response + 2, stored);
         if (offset == 0) remaining = record.bytes[4];

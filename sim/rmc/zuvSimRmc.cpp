@@ -352,6 +352,7 @@ void SimulatedRmc::clearRecord() {
     std::lock_guard<std::mutex> lock(mutex);
     received.clear();
     assembled.clear();
+    commandOpen = false;  // a command in progress has no record left to complete
 }
 
 }  // namespace zuvsim

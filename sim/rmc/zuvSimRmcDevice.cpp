@@ -115,7 +115,9 @@ int SimulatedRmcDevice::send(void* argument) {
         errno = EIO;
         return sendFailureResult;
     }
-    pending.push_back(Pending{record.msgid, record.netFn, record.cmd, rmc.handle(record.netFn, record.cmd, record.data)});
+    Response answer = rmc.handle(record.netFn, record.cmd, record.data);
+    sentRequests.back().answer = answer;
+    pending.push_back(Pending{record.msgid, record.netFn, record.cmd, std::move(answer)});
     return 0;
 }
 

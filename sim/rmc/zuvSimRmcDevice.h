@@ -30,6 +30,7 @@ struct SentRequest {
     uint16_t dataLen = 0;
     bool dataPointerNull = false;
     std::vector<uint8_t> data;
+    Response answer;  // what the RMC answered (lost if a later step failed)
 };
 
 class SimulatedRmcDevice : public zuvIPMI::DeviceSystem {
