@@ -19,13 +19,11 @@ constexpr size_t kErrorTextSize = 256;
 constexpr size_t kDecodeMatchCount = 5;
 const char* const kNotAvailable = "NotAvailable";
 
-// The flag is read outside the mutex by every caller; the atomic accesses give the fence
-// that publishes the compiled expression together with the flag.
+// The flag is read outside the mutex by every caller. It is set by a sequentially
+// consistent store (a full fence) after the compile, and read with acquire, so a thread that
+// sees it set also sees the finished expression.
 bool readyFlagIsSet() { return __atomic_load_n(&zuvUtils::geoIdRegexReady, __ATOMIC_ACQUIRE); }
-void setReadyFlag() {
-    __atomic_store_n(&zuvUtils::geoIdRegexReady, true, __ATOMIC_RELEASE);
-    __atomic_thread_fence(__ATOMIC_SEQ_CST);
-}
+void setReadyFlag() { __atomic_store_n(&zuvUtils::geoIdRegexReady, true, __ATOMIC_SEQ_CST); }
 }  // namespace
 
 std::string zuvUtils::getGeoIdFromDesignation(const std::string& designation) {
