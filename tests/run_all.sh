@@ -8,18 +8,23 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 bash tools/install-deps.sh
 jobs=2
+started=$SECONDS
+# Marks a stage with the seconds gone so far, so that the suite's time budget can be watched.
+stage() {
+    echo "=== $1 ($((SECONDS - started))s since start)"
+}
 
-echo "=== normal build"
+stage "normal build"
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j$jobs
 (cd build && ctest --output-on-failure -j$jobs)
 
-echo "=== ASan+UBSan build"
+stage "ASan+UBSan build"
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZUV_SANITIZE=address -DZUV_BUILD_BENCH=OFF >/dev/null
 cmake --build build-asan -j$jobs
 (cd build-asan && ctest --output-on-failure -j$jobs -LE kernel)
 
-echo "=== TSan build (concurrency tests)"
+stage "TSan build (concurrency tests)"
 cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DZUV_SANITIZE=thread -DZUV_BUILD_BENCH=OFF >/dev/null
 tsan_tests=$(cd build-tsan && ctest -N -L tsan | sed -n 's/^ *Test *#[0-9]*: *//p')
 if [ -n "$tsan_tests" ]; then
@@ -29,7 +34,7 @@ if [ -n "$tsan_tests" ]; then
 fi
 
 if [ -f tests/fuzz/run.sh ]; then
-    echo "=== fuzzing"
+    stage "fuzzing"
     bash tests/fuzz/run.sh
 fi
-echo "=== all test stages passed"
+echo "=== all test stages passed in $((SECONDS - started))s"
