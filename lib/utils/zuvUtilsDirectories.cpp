@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <memory>
 
 #include "utils/zuvUtils.h"
 
@@ -23,9 +24,17 @@ int32_t listFiltered(std::string path, bool refuseLink, Placement placement,
     struct dirent** entries = nullptr;
     const int count = scandir(path.c_str(), &entries, nullptr, alphasort);
     if (count < 0) return -1;
+    // Each entry is freed once it is handled; the guard frees the rest and the array also
+    // when adding a name throws.
+    int remaining = count;
+    auto release = [&remaining](struct dirent** all) {
+        for (int i = 0; i < remaining; ++i) free(all[i]);
+        free(all);
+    };
+    std::unique_ptr<struct dirent*, decltype(release)> guard(entries, release);
     // Walking against the sort order: inserting at the front leaves the names ascending,
     // appending leaves them descending.
-    for (int i = count - 1; i >= 0; --i) {
+    for (int i = count - 1; i >= 0; --i, --remaining) {
         if (keep(entries[i]->d_name)) {
             if (placement == Placement::front)
                 names.insert(names.begin(), entries[i]->d_name);
@@ -34,7 +43,6 @@ int32_t listFiltered(std::string path, bool refuseLink, Placement placement,
         }
         free(entries[i]);
     }
-    free(entries);
     return count;
 }
 }  // namespace

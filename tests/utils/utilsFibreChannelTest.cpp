@@ -12,7 +12,7 @@
 
 using utilstest::debugMessages;
 using utilstest::hasMessage;
-using utilstest::mainMessages;
+using utilstest::mainMessagesAt;
 using Fields = std::vector<std::string>;
 
 namespace {
@@ -101,7 +101,7 @@ TEST_F(UtilsFibreChannel, TopologyFailuresLeaveTheMapAndTheirMessages) {
     utils.collectFcTopology();
     tools.fail("localcli", "hardware pci list", 1);
     utils.collectFcTopology();
-    EXPECT_EQ(utilstest::countMessage(mainMessages(), "Error occurred in gathering FC topology information."), 2u);
+    EXPECT_EQ(utilstest::countMessage(mainMessagesAt("ERROR"), "Error occurred in gathering FC topology information."), 2u);
     EXPECT_EQ(zuvUtils::fcTopologyMap.size(), 1u);
     EXPECT_FALSE(pathExists(kTopologyScratch));
 }
@@ -168,7 +168,7 @@ TEST_F(UtilsFibreChannel, NameScanFailures) {
     EXPECT_TRUE(zuvUtils::fcNameMap.empty());
     tools.answer("localcli", "storage san fc list", "");
     utils.collectFcNames();
-    EXPECT_TRUE(hasMessage(mainMessages(), "Error occurred in gathering localcli storage SAN information"));
+    EXPECT_TRUE(hasMessage(mainMessagesAt("ERROR"), "Error occurred in gathering localcli storage SAN information"));
     EXPECT_FALSE(pathExists(kNameScratch));
 }
 

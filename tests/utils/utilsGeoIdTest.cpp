@@ -13,7 +13,7 @@
 using utilstest::countMessage;
 using utilstest::debugMessages;
 using utilstest::hasMessage;
-using utilstest::mainMessages;
+using utilstest::mainMessagesAt;
 
 namespace {
 
@@ -93,7 +93,7 @@ TEST_F(UtilsGeoId, DecodingFollowsThePlatformsExpression) {
 TEST_F(UtilsGeoId, PlatformWithoutDecoderWarnsAtEveryCallAndNeverCompiles) {
     const std::vector<std::string> twice = {"0000:01:00.0", "0000:01:00.0"};
     EXPECT_EQ(decodeOnPlatform(4, twice), "[][] not-ready");
-    EXPECT_EQ(countMessage(mainMessages(), "Failed to decode GeoID [r001u02p3i04]: Unknown or unsupported platform type."),
+    EXPECT_EQ(countMessage(mainMessagesAt("WARNING"), "Failed to decode GeoID [r001u02p3i04]: Unknown or unsupported platform type."),
               2u);
 }
 

@@ -12,6 +12,7 @@
 using utilstest::debugMessages;
 using utilstest::hasMessage;
 using utilstest::mainMessages;
+using utilstest::mainMessagesAt;
 using vmwaretest::FakeHostSystem;
 using vmwaretest::FakeInterface;
 using Addresses = std::vector<std::string>;
@@ -37,7 +38,7 @@ TEST_F(UtilsHostIdentity, UnameValuesAndTheirFailure) {
     host.unameError = EFAULT;
     EXPECT_EQ(utils.getHostName(), " ");
     EXPECT_EQ(utils.getKernelInfo(), " ");
-    EXPECT_TRUE(hasMessage(mainMessages(), "uname failed with error = " + std::to_string(EFAULT)));
+    EXPECT_TRUE(hasMessage(mainMessagesAt("ERROR"), "uname failed with error = " + std::to_string(EFAULT)));
     int type = 0;
     EXPECT_TRUE(utils.getOSType(type));
     EXPECT_EQ(type, 104);
@@ -172,6 +173,6 @@ TEST_F(UtilsOSVersion, SyncPersistentStorageReportsAFailingTool) {
     EXPECT_TRUE(mainMessages().empty());
     tools.fail("vim-cmd", "hostsvc/firmware/sync_config", 2);
     utils.syncPersistentStorage();
-    EXPECT_TRUE(hasMessage(mainMessages(), "Failed to synchronize persistent storage. (0x200)"));
+    EXPECT_TRUE(hasMessage(mainMessagesAt("WARNING"), "Failed to synchronize persistent storage. (0x200)"));
     EXPECT_EQ(tools.calls().back(), "vim-cmd hostsvc/firmware/sync_config");
 }

@@ -11,13 +11,16 @@ namespace {
 const char* const kMainLog = "/opt/kelzuv/log/zuv.log";
 const char* const kDebugLog = "/opt/kelzuv/log/zuvdebug.log";
 
-std::vector<std::string> messages(const char* file, const std::string& tag) {
+std::vector<std::string> messages(const char* file, const std::string& tag, const std::string& level = "") {
     std::vector<std::string> found;
     std::ifstream in(file);
     const std::string marker = " " + tag + ": ";
+    const std::string levelMarker = "[" + level + "]";
     for (std::string line; std::getline(in, line);) {
         const size_t at = line.find(marker);
-        if (at != std::string::npos) found.push_back(line.substr(at + marker.size()));
+        if (at == std::string::npos) continue;
+        if (!level.empty() && line.substr(0, at).find(levelMarker) == std::string::npos) continue;
+        found.push_back(line.substr(at + marker.size()));
     }
     return found;
 }
@@ -38,6 +41,9 @@ void clearLogs() {
 }
 
 std::vector<std::string> mainMessages(const std::string& tag) { return messages(kMainLog, tag); }
+std::vector<std::string> mainMessagesAt(const std::string& level, const std::string& tag) {
+    return messages(kMainLog, tag, level);
+}
 std::vector<std::string> debugMessages(const std::string& tag) { return messages(kDebugLog, tag); }
 
 bool hasMessage(const std::vector<std::string>& messages, const std::string& text) {

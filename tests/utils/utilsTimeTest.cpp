@@ -13,7 +13,7 @@
 
 using utilstest::debugMessages;
 using utilstest::hasMessage;
-using utilstest::mainMessages;
+using utilstest::mainMessagesAt;
 
 namespace {
 const char* const kSummaryLog = "/var/log/vmksummary.log";
@@ -183,8 +183,8 @@ TEST_F(UtilsTime, FailingPipelineLeavesTheTimesAndWarns) {
     EXPECT_EQ(previous, 2);
     EXPECT_EQ(shutdown, 3);
     EXPECT_FALSE(pathExists(kScratch));
-    EXPECT_TRUE(hasMessage(mainMessages(), "Error occurred in gathering system boot time information."));
-    EXPECT_TRUE(hasMessage(mainMessages(), "Error occurred in gathering system last shutdown time information."));
+    EXPECT_TRUE(hasMessage(mainMessagesAt("WARNING"), "Error occurred in gathering system boot time information."));
+    EXPECT_TRUE(hasMessage(mainMessagesAt("WARNING"), "Error occurred in gathering system last shutdown time information."));
 }
 
 TEST_F(UtilsTime, ScratchNameThatCannotBeClearedIsAFailure) {
