@@ -191,6 +191,27 @@ TEST(Logger, LinksArePublishedOnlyForFilesThatExist) {
                                         "created."}));
 }
 
+TEST(Logger, NoConfigurationLeavesNoLoggerAndTheNextUseBuildsIt) {
+    unlink("/opt/kelzuv/vital/zuv.conf");
+    const auto result = zuvtest::inChild([] {
+        std::string seen;
+        try {
+            ZUV_LOG_ERROR("T", "lost");
+            seen = "logged";
+        } catch (const std::runtime_error& e) {
+            seen = e.what();
+        }
+        zuvtest::writeConfig(R"({"ZUVLogLocation":"/opt/kelzuv/log/retry.log","a":1})");
+        ZUV_LOG_ERROR("T", "after %s", "retry");
+        return seen;
+    });
+    EXPECT_EQ(result.text, "Config Uninitlized : will use the default configurations");
+    const auto lines = linesOf("/opt/kelzuv/log/retry.log");
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find(" [ERROR]    100 "), std::string::npos) << lines[0];
+    EXPECT_NE(lines[0].find(" T: after retry"), std::string::npos) << lines[0];
+}
+
 TEST(Logger, DirectoriesOfAPathAreMadeOneByOne) {
     EXPECT_EQ(zuvLogger::createDirectories("/opt/kelzuv/d1/d2/file.log"), 0);
     struct stat st {};
