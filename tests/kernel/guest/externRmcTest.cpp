@@ -1,13 +1,13 @@
 // Against the simulated RMC behind QEMU's external BMC device. Each test announces its phase
 // to the host, which then sets the RMC up for it; the host compares what the RMC received
 // with a run of the same calls through the device seam.
+#include "externPhase.h"
 #include "ipmi/zuvIPMIExceptions.h"
 #include "ipmi/zuvIPMIService.h"
 #include "rmcScenarios.h"
 #include "zuvSimRmc.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -16,22 +16,6 @@ namespace {
 
 zuvIPMIService& service() {
     return *static_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance());
-}
-
-// Tells the host which phase follows. While the host's BMC is away (after a dropped
-// connection) QEMU answers for it with a non-zero code: ask again until the host answers.
-void announce(const std::string& phase) {
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        uint8_t code = 0xFF;
-        uint8_t body[4];
-        uint16_t requestSize = static_cast<uint16_t>(phase.size());
-        uint16_t responseSize = sizeof body;
-        service().transfer(zuvkernel::kMarkerNetFn, zuvkernel::kMarkerCmd, 0, phase.data(), requestSize, body,
-                           responseSize, &code);
-        if (code == 0) return;
-        usleep(100000);
-    }
-    FAIL() << "the host never acknowledged phase " << phase;
 }
 
 int sdrTransactions(const std::vector<std::vector<uint8_t>>& records) {
@@ -43,26 +27,26 @@ int sdrTransactions(const std::vector<std::vector<uint8_t>>& records) {
 }  // namespace
 
 TEST(Extern, BlockCommandsReachTheRmcWhole) {
-    announce("blocks");
+    zuvkernel::announce("blocks");
     auto outcome = zuvkernel::runPhase("blocks", service());
     EXPECT_EQ((std::vector<int>{0, 0, 0}), outcome.results);
     EXPECT_TRUE(outcome.exceptions.empty());
 }
 
 TEST(Extern, RmcStatusesAboveTwoAreNoFailure) {
-    announce("statuses");
+    zuvkernel::announce("statuses");
     auto outcome = zuvkernel::runPhase("statuses", service());
     EXPECT_TRUE(outcome.exceptions.empty());
 }
 
 TEST(Extern, DoorBellsOfAllKinds) {
-    announce("doorbells");
+    zuvkernel::announce("doorbells");
     auto outcome = zuvkernel::runPhase("doorbells", service());
     EXPECT_EQ((std::vector<int>{1, 1, 1, 0}), outcome.results);
 }
 
 TEST(Extern, RepositoryLoadSurvivesACancelledReservation) {
-    announce("sdr");
+    zuvkernel::announce("sdr");
     auto outcome = zuvkernel::runPhase("sdr", service());
     zuvsim::SimulatedRmc expected;
     zuvkernel::configureRmc("sdr", expected);
@@ -79,7 +63,7 @@ TEST(Extern, RepositoryLoadSurvivesACancelledReservation) {
 }
 
 TEST(Extern, UnansweredRequestEndsInTimeoutCode) {
-    announce("fault-silent");
+    zuvkernel::announce("fault-silent");
     zuvIPMI::SDR_REPOSITORY_INFO info{};
     try {
         service().getSDRRepositoryInfo(info);
@@ -95,7 +79,7 @@ TEST(Extern, UnansweredRequestEndsInTimeoutCode) {
 }
 
 TEST(Extern, AnswerWithBadChecksumIsDroppedAndTimesOut) {
-    announce("fault-checksum");
+    zuvkernel::announce("fault-checksum");
     uint16_t reservation = 0;
     try {
         service().reserveSDRRepository(reservation);
@@ -107,13 +91,13 @@ TEST(Extern, AnswerWithBadChecksumIsDroppedAndTimesOut) {
 }
 
 TEST(Extern, ConnectionLostMidCommand) {
-    announce("fault-close");
+    zuvkernel::announce("fault-close");
     std::vector<int> results;
     service().deliverData("MPEventGen", zuvkernel::eventText(), [&](int r) { results.push_back(r); });
     // The blocks after the drop get QEMU's own code and no body; block commands don't look at
     // the code, so the transfer counts as done.
     EXPECT_EQ(std::vector<int>{0}, results);
-    announce("end");
+    zuvkernel::announce("after-close");
     zuvIPMI::DEVICE_ID_INFO id{};
     EXPECT_NO_THROW(service().getDeviceID(id));
 }

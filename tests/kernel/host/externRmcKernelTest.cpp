@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -140,15 +141,20 @@ TEST(KernelExtern, RmcTrafficThroughTheDriverMatchesTheSeam) {
 
     ASSERT_FALSE(qemu.timedOut) << qemu.out;
     EXPECT_NE(std::string::npos, qemu.out.find("ZUVK EXIT main 0")) << qemu.out;
-    EXPECT_NE(std::string::npos, qemu.out.find("[  PASSED  ] 8 tests")) << qemu.out;
+    EXPECT_NE(std::string::npos, qemu.out.find("[  PASSED  ] 9 tests")) << qemu.out;
     // QEMU opens each connection with its protocol version and capabilities.
     ASSERT_FALSE(server.controlCommands().empty());
     EXPECT_EQ((std::vector<uint8_t>{0xFF, 0x01}), server.controlCommands()[0]);
 
+    // Each guest test announces its phase; their order is the test program's business.
     std::vector<std::string> expectedPhases = zuvkernel::comparedPhases();
     for (const auto& p : zuvkernel::faultPhases()) expectedPhases.push_back(p);
-    expectedPhases.push_back("end");
-    EXPECT_EQ(expectedPhases, session.phases);
+    expectedPhases.push_back("after-close");
+    expectedPhases.push_back("manager");
+    std::sort(expectedPhases.begin(), expectedPhases.end());
+    std::vector<std::string> phases = session.phases;
+    std::sort(phases.begin(), phases.end());
+    EXPECT_EQ(expectedPhases, phases);
 
     // The kernel asked for the device id when ipmi_si loaded, before any phase.
     EXPECT_GE(session.records["boot"].requests.size(), 1u);
@@ -190,4 +196,22 @@ TEST(KernelExtern, RmcTrafficThroughTheDriverMatchesTheSeam) {
     EXPECT_EQ(2u, cut[0].blocks);
     EXPECT_FALSE(cut[0].complete);
     EXPECT_EQ(2, server.connections());
+
+    // The manager's worker: the task that was running first, then the queued ones by priority.
+    const auto& managed = session.records["manager"].commands;
+    const std::vector<std::pair<std::string, std::string>> delivered{
+        {"WriteAppTelemetry", "app=1"}, {"MPEventGen", ""}, {"WriteInventory", std::string(100, 'v')},
+        {"WriteTelemetry", "cpu=42"}};
+    ASSERT_EQ(delivered.size(), managed.size());
+    for (size_t i = 0; i < managed.size(); ++i) {
+        EXPECT_EQ(delivered[i].first, managed[i].name);
+        EXPECT_TRUE(managed[i].complete && managed[i].faults.empty()) << managed[i].name;
+        if (!delivered[i].second.empty()) {
+            EXPECT_EQ(delivered[i].second, managed[i].text());
+        }
+    }
+    const std::string event = managed[1].text();
+    for (const char* part : {"708", "guest-host", "kernel test", "2026-11-23T08:00:00Z"}) {
+        EXPECT_NE(std::string::npos, event.find(part)) << part << " not in " << event;
+    }
 }
