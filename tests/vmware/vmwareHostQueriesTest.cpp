@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <exception>
+#include <stdexcept>
 #include <fcntl.h>
 #include <regex.h>
 #include <sys/resource.h>
@@ -108,17 +110,24 @@ TEST_F(HostQueriesTest, ShellThatCannotStartGivesEmptyListOrThrows) {
     std::vector<int> held;
     for (int fd; (fd = open("/dev/null", O_RDONLY)) >= 0;) held.push_back(fd);
     const std::vector<std::string> lines = os.runCommand("echo never");
-    std::string thrown;
+    std::exception_ptr thrown;
     try {
         os.runCommandOrThrow("echo never");
-    } catch (const std::runtime_error& e) {
-        thrown = e.what();
+    } catch (...) {
+        thrown = std::current_exception();
     }
     for (int fd : held) close(fd);
     setrlimit(RLIMIT_NOFILE, &saved);
 
+    std::string message;
+    try {
+        if (thrown) std::rethrow_exception(thrown);
+    } catch (const std::runtime_error& e) {
+        message = e.what();
+    }
+
     EXPECT_TRUE(lines.empty());
-    EXPECT_EQ(thrown, "Too many open files");
+    EXPECT_EQ(message, "Too many open files");
     const auto debug = vmwaretest::debugMessages();
     EXPECT_TRUE(vmwaretest::hasMessage(debug, "popen() failed! : Too many open files"));
     EXPECT_TRUE(vmwaretest::hasMessage(debug, "popen() failed! : [24 - Too many open files]"));
