@@ -161,6 +161,19 @@ TEST_F(CliFixture, ClientWaitsForAnAnswerAndALeftOverPipeBlocksTheNextConversati
     EXPECT_EQ(client.wait(300), -1) << "the client must wait for the answer";
     client.stop();  // a killed client leaves its reply pipe behind
     EXPECT_EQ(replyPipesLeft().size(), 1u);
+    service.stop();
+
+    // A process whose id comes up again finds that pipe and fails before sending anything; the
+    // pipe is not its own and stays. The shell makes the pipe under its own id and then becomes zuvCli.
+    for (const std::string& pipe : replyPipesLeft()) unlink(pipe.c_str());
+    startService();
+    const size_t packetsBefore = packets().size();
+    const auto result = zuvtest::runProcess(
+        {"/bin/sh", "-c", std::string("mkfifo /var/run/kelzuvcli$$ && exec ") + ZUV_CLI_PATH + " -t 708"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.err, "zuvCli Error: /var/run/kelzuvcli creation failed\n");
+    EXPECT_EQ(packets().size(), packetsBefore);
+    EXPECT_EQ(replyPipesLeft().size(), 1u);
 }
 
 TEST_F(CliFixture, StoreAndChannelLinesReachSyslog) {
