@@ -38,8 +38,8 @@ protected:
 
     // Occupies the worker: an event whose completion waits at the gate. Returns once the
     // worker is inside it.
-    void holdWorker(Gate& gate, Recorder& started) {
-        manager->sendEvent(sampleEvent(1, "hold"), [&gate, &started](int result) {
+    void holdWorker() {
+        manager->sendEvent(sampleEvent(1, "hold"), [this](int result) {
             started.record(result);
             gate.wait();
         });
@@ -60,6 +60,9 @@ protected:
 
     zuvsim::SimulatedRmc* rmc = nullptr;
     zuvsim::SimulatedRmcDevice* device = nullptr;
+    // Declared before the manager, so that they outlive its worker.
+    Gate gate;
+    Recorder started;
     std::unique_ptr<SMBIOSVMware> smbios;
     std::unique_ptr<zuvInBandComManager> manager;
     size_t done = 0;
@@ -68,10 +71,8 @@ protected:
 }  // namespace
 
 TEST_F(ManagerTest, QueuedWorkRunsEventInventoryUtilizationThenAppTelemetry) {
-    Gate gate;
-    Recorder started;
     Recorder results;
-    holdWorker(gate, started);
+    holdWorker();
     deliverytest::clearLogs();
     std::string app = "{\"app\":1}";
     std::string utilization = "{\"cpu\":42}";
@@ -158,10 +159,8 @@ TEST_F(ManagerTest, FailedTransfersAndFaultyCallbacksLeaveTheWorkerServing) {
 }
 
 TEST_F(ManagerTest, CleanupDropsQueuedWorkWithoutCallingBack) {
-    Gate gate;
-    Recorder started;
     Recorder results;
-    holdWorker(gate, started);
+    holdWorker();
     manager->sendEvent(sampleEvent(2, "dropped"), recordInto(results, 2));
     manager->sendInventory("dropped");
     manager->sendUtilization("dropped", recordInto(results, 3));
@@ -177,9 +176,7 @@ TEST_F(ManagerTest, CleanupDropsQueuedWorkWithoutCallingBack) {
 }
 
 TEST_F(ManagerTest, DoorbellQuestionsBypassTheBusyQueue) {
-    Gate gate;
-    Recorder started;
-    holdWorker(gate, started);
+    holdWorker();
     struct Case {
         uint8_t cmd;
         std::vector<uint8_t> body;
@@ -219,10 +216,8 @@ TEST_F(ManagerTest, OnlyProtocolZeroIsKnown) {
 }
 
 TEST_F(ManagerTest, DestructionFinishesTheTransferInProgressAndDropsTheRest) {
-    Gate gate;
-    Recorder started;
     Recorder results;
-    holdWorker(gate, started);
+    holdWorker();
     manager->sendEvent(sampleEvent(3, "queued"), recordInto(results, 3));
     manager->sendUtilization("queued", recordInto(results, 4));
     std::thread destroyer([this] { manager.reset(); });
