@@ -24,5 +24,5 @@ fi
 
 /zuvKernelGuest --gtest_color=no --gtest_filter="${zuvfilter}"
 echo "ZUVK EXIT main $?"
-[ "$zuvmode" = bmc-sim ] && /zuvKernelGuest --measure
+/zuvKernelGuest --measure "$zuvmode"
 poweroff -f

@@ -53,12 +53,13 @@ grep -q 'BmcSim.CacheHoldsTheOneRecordReadInFourTransactions' "$console" || fail
 # The service logs its failed construction once per attempt: the missing-device case makes two.
 bailouts=$(grep -c 'Unable to Open IPMI channel - Bailing out' "$console" || true)
 [ "$bailouts" = 2 ] || fail "expected 2 lines 'Unable to Open IPMI channel - Bailing out', saw $bailouts"
-grep -q 'ZUVK MEASURE get_sdr_rate' "$console" || fail "no measurement from the guest"
+grep -q 'ZUVK MEASURE bmc-sim get_sdr_rate' "$console" || fail "no measurement from the guest"
 
 # --- the simulated RMC behind QEMU's external BMC device ---
 if [ -n "$externTest" ]; then
     start=$(date +%s)
     ZUV_KERNEL_CONSOLE=$work/console-bmc-extern.log "$externTest" || fail "the guest tests against the simulated RMC did not pass"
+    grep -h 'ZUVK MEASURE' "$work/console-bmc-extern.log" || fail "no measurement from the guest behind the simulated RMC"
     echo "guest with ipmi-bmc-extern and the simulated RMC ran $(( $(date +%s) - start )) s; console: $work/console-bmc-extern.log"
 fi
 

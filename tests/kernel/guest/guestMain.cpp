@@ -7,7 +7,9 @@
 #include <cstring>
 
 int main(int argc, char** argv) {
-    if (argc > 1 && std::strcmp(argv[1], "--measure") == 0) return zuvkernel::measure();
+    if (argc > 1 && std::strcmp(argv[1], "--measure") == 0) {
+        return zuvkernel::measure(argc > 2 && std::strcmp(argv[2], "extern") == 0);
+    }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -1,5 +1,6 @@
 #include "guestMeasure.h"
 
+#include "externPhase.h"
 #include "ipmi/zuvIPMIService.h"
 #include "ipmi/zuvSDRRepositoryCache.h"
 
@@ -18,8 +19,9 @@ double secondsSince(std::chrono::steady_clock::time_point start) {
 
 }  // namespace
 
-int measure() {
+int measure(bool announcePhase) {
     try {
+        if (announcePhase) announce("measure");
         auto& service = *zuvIPMIService::getIPMIServiceInstance();
         uint16_t reservation = 0;
         service.reserveSDRRepository(reservation);
@@ -32,13 +34,14 @@ int measure() {
         auto start = std::chrono::steady_clock::now();
         for (int i = 0; i < transactions; ++i) service.getSDR(request, buffer, sizeof buffer, size);
         double elapsed = secondsSince(start);
-        std::printf("ZUVK MEASURE get_sdr_rate %.1f transactions/s\n", transactions / elapsed);
+        const char* bmc = announcePhase ? "extern" : "bmc-sim";
+        std::printf("ZUVK MEASURE %s get_sdr_rate %.1f transactions/s\n", bmc, transactions / elapsed);
 
         zuvIPMI::SDRRepositoryCache cache(&service);
         start = std::chrono::steady_clock::now();
         long records = std::distance(cache.begin(), cache.end());
         elapsed = secondsSince(start);
-        std::printf("ZUVK MEASURE repository_load %.1f ms for %ld records\n", elapsed * 1000, records);
+        std::printf("ZUVK MEASURE %s repository_load %.1f ms for %ld records\n", bmc, elapsed * 1000, records);
         return 0;
     } catch (const std::exception& e) {
         std::printf("ZUVK MEASURE failed: %s\n", e.what());

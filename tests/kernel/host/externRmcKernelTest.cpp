@@ -151,6 +151,7 @@ TEST(KernelExtern, RmcTrafficThroughTheDriverMatchesTheSeam) {
     for (const auto& p : zuvkernel::faultPhases()) expectedPhases.push_back(p);
     expectedPhases.push_back("after-close");
     expectedPhases.push_back("manager");
+    expectedPhases.push_back("measure");
     std::sort(expectedPhases.begin(), expectedPhases.end());
     std::vector<std::string> phases = session.phases;
     std::sort(phases.begin(), phases.end());

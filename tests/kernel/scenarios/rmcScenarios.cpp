@@ -39,14 +39,14 @@ void configureRmc(const std::string& phase, zuvsim::SimulatedRmc& rmc) {
         rmc.setDoorBell(0x81, std::vector<uint8_t>(inventory.begin(), inventory.end()));
         rmc.setDoorBell(0x82, {1, 0, 0, 0, 7});
         rmc.setDoorBell(0x83, {1, 0});
-    } else if (phase == "sdr") {
+    } else if (phase == "sdr" || phase == "measure") {
         for (size_t i = 0; i < kRecordLengths.size(); ++i) {
             std::vector<uint8_t> body(kRecordLengths[i]);
             for (size_t j = 0; j < body.size(); ++j) body[j] = static_cast<uint8_t>(i * 31 + j * 7 + 1);
             rmc.addSdr(i % 2 ? 0x01 : 0x02, body);
         }
         // The seventh record's reservation is lost once, after its header and first piece.
-        rmc.cancelReservationAt(6, 21);
+        if (phase == "sdr") rmc.cancelReservationAt(6, 21);
     }
 }
 
