@@ -23,11 +23,13 @@ enum ZUV_GEOID_TYPES : int32_t {
     ZUV_GEOID_TYPE_6 = 6,
 };
 
-// The device whose location is wanted; only passed through to the rule predicates here.
+// The device whose location is wanted; abstract, and only passed through to the rule
+// predicates here. The service's keys derive from it.
 class IDeviceLocationKey {
 public:
-    virtual ~IDeviceLocationKey() = default;
+    virtual ~IDeviceLocationKey() = 0;
 };
+inline IDeviceLocationKey::~IDeviceLocationKey() = default;
 
 struct _ZUV_IO_GEOID_EXTRACTION_RULE;
 

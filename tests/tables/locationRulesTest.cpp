@@ -6,6 +6,7 @@
 #include <cctype>
 #include <regex>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "platformCodeProbe.h"
@@ -16,6 +17,7 @@ namespace {
 using zuvDL::_ZUV_IO_GEOID_EXTRACTION_RULE;
 using zuvDL::ZUV_GEOID_TYPES;
 
+static_assert(std::is_abstract<zuvDL::IDeviceLocationKey>::value, "keys are the service's own classes");
 class NoKey : public zuvDL::IDeviceLocationKey {};
 
 struct Sample {
