@@ -49,7 +49,9 @@ TEST_F(IpmiTest, TransferFillsTheKernelRecordsForEveryRequestShape) {
         std::vector<uint8_t> response(c.capacity);
         uint16_t requestSize = static_cast<uint16_t>(c.request.size());
         uint16_t responseSize = c.capacity;
-        service->transfer(c.netFn, c.cmd, c.lun, c.request.empty() ? nullptr : c.request.data(), requestSize,
+        // A caller's pointer with size 0 must not reach the driver: no data means no pointer.
+        const uint8_t unused[1] = {0xAB};
+        service->transfer(c.netFn, c.cmd, c.lun, c.request.empty() ? unused : c.request.data(), requestSize,
                           response.data(), responseSize, nullptr);
         const auto sent = device.sent();
         ASSERT_EQ(sent.size(), 1u);

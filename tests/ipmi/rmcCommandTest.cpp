@@ -113,6 +113,10 @@ TEST_F(IpmiTest, StatusesAboveTwoAreReportedAfterTheLastBlockAndNeverStopTheTran
         if (c.level == "DEBUG") {
             EXPECT_TRUE(log.has("DEBUG", c.message));
         }
+        if (c.level.empty()) {
+            for (const std::string& line : log.messages("DEBUG"))
+                EXPECT_EQ(line.find("RMC Cli Command Execution failed"), std::string::npos) << line;
+        }
     }
 }
 
