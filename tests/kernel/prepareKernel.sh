@@ -1,14 +1,24 @@
 #!/usr/bin/env bash
-# Fetches Debian's current amd64 kernel package (without installing it), unpacks it into the
-# cache directory and prints the unpacked root. A second run reuses the cache.
+# Fetches Debian's current amd64 kernel package (without installing it), unpacks the kernel
+# image and the IPMI driver modules into the cache directory, runs depmod there, and prints
+# the unpacked root and the kernel version. A second run reuses the cache.
 # Usage: prepareKernel.sh <cache-dir>
 set -euo pipefail
 cache=$1
 mkdir -p "$cache"
 cd "$cache"
 
-# The versioned package that the linux-image-amd64 meta package points at.
-pkg=$(apt-cache depends linux-image-amd64 2>/dev/null | sed -n 's/^ *Depends: *\(linux-image-[0-9][^ ]*-amd64\)$/\1/p' | head -n1)
+# The versioned package that the linux-image-amd64 meta package points at; a machine whose
+# package lists were never fetched gets them first.
+kernelPackage() {
+    apt-cache depends linux-image-amd64 2>/dev/null |
+        sed -n 's/^ *Depends: *\(linux-image-[0-9][^ ]*-amd64\)$/\1/p' | head -n1
+}
+pkg=$(kernelPackage)
+if [ -z "$pkg" ]; then
+    apt-get update -qq >&2
+    pkg=$(kernelPackage)
+fi
 if [ -z "$pkg" ]; then
     echo "no linux-image-*-amd64 package known to apt (run apt-get update)" >&2
     exit 1
@@ -19,7 +29,10 @@ if [ ! -f "$root/.complete" ]; then
     rm -rf "$root"
     ls ./"$pkg"_*.deb >/dev/null 2>&1 || apt-get download "$pkg" >&2
     mkdir -p "$root"
-    dpkg -x ./"$pkg"_*.deb "$root"
+    # Only what the guest needs: unpacking the whole module tree takes far longer.
+    dpkg-deb --fsys-tarfile ./"$pkg"_*.deb | tar -x -C "$root" --wildcards \
+        './boot/vmlinuz-*' './lib/modules/*/kernel/drivers/char/ipmi/*' \
+        './lib/modules/*/modules.builtin*' './lib/modules/*/modules.order'
     depmod -b "$root" "$version"
     touch "$root/.complete"
 fi
