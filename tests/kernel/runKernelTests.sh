@@ -3,7 +3,7 @@
 # Exit 0: all passed; 77: QEMU cannot run here (skipped); anything else: failure.
 # Usage: runKernelTests.sh --cache <dir> --guest <zuvKernelGuest> --work <dir> [--extern <host test>]
 set -euo pipefail
-here=$(cd "$(dirname "$0")" && pwd)
+here=$(cd "${0%/*}" && pwd)
 cache= guest= work= externTest=
 while [ $# -gt 0 ]; do
     case $1 in
