@@ -1,22 +1,17 @@
 #pragma once
-// The log facility of the delivery tests: main and debug lines go to two files inside the
-// sandbox, which tests read back and clear.
+// The log of the delivery tests, read back through the shared test log.
 
-#include <string>
-#include <vector>
+#include "zuvTestLog.h"
 
 namespace deliverytest {
 
-constexpr const char* kMainLog = "/opt/kelzuv/log/zuv.log";
-constexpr const char* kDebugLog = "/opt/kelzuv/log/zuvdebug.log";
-
-// Writes the configuration and builds the logger, once per process, before any thread.
-void startLogging();
-// Empties both files.
-void clearLogs();
-// The messages of the lines of a file whose tag is tag: what follows "TAG: ".
-std::vector<std::string> messages(const char* file, const std::string& tag);
-// True once a line of the file holds text.
-bool logHolds(const char* file, const std::string& text);
+using zuvtest::clearLogs;
+using zuvtest::kDebugLog;
+using zuvtest::kMainLog;
+using zuvtest::logHolds;
+inline void startLogging() { zuvtest::startFileLogging(); }
+inline std::vector<std::string> messages(const char* file, const std::string& tag) {
+    return zuvtest::logMessages(file, tag);
+}
 
 }  // namespace deliverytest

@@ -1,23 +1,24 @@
 #pragma once
-// The log of the utilities tests: main and debug lines go to two files inside the sandbox
-// (debug output on, level Info), which the tests read back and clear.
+// The log of the utilities tests, read back through the shared test log.
 
-#include <string>
-#include <vector>
+#include "zuvTestLog.h"
 
 namespace utilstest {
 
-// Writes the configuration and builds the logger, once per process.
-void startLogging();
-// Empties both files.
-void clearLogs();
+using zuvtest::clearLogs;
+using zuvtest::countMessage;
+using zuvtest::hasMessage;
+inline void startLogging() { zuvtest::startFileLogging(); }
 // What follows "<tag>: " on the lines of the main (error, warning) or the debug file.
-std::vector<std::string> mainMessages(const std::string& tag = "ZUV_UTILS");
-std::vector<std::string> debugMessages(const std::string& tag = "ZUV_UTILS");
+inline std::vector<std::string> mainMessages(const std::string& tag = "ZUV_UTILS") {
+    return zuvtest::logMessages(zuvtest::kMainLog, tag);
+}
+inline std::vector<std::string> debugMessages(const std::string& tag = "ZUV_UTILS") {
+    return zuvtest::logMessages(zuvtest::kDebugLog, tag);
+}
 // The main-file messages written at one level: "ERROR", "WARNING" or "INFO".
-std::vector<std::string> mainMessagesAt(const std::string& level, const std::string& tag = "ZUV_UTILS");
-bool hasMessage(const std::vector<std::string>& messages, const std::string& text);
-// Number of messages equal to text.
-size_t countMessage(const std::vector<std::string>& messages, const std::string& text);
+inline std::vector<std::string> mainMessagesAt(const std::string& level, const std::string& tag = "ZUV_UTILS") {
+    return zuvtest::logMessages(zuvtest::kMainLog, tag, level);
+}
 
 }  // namespace utilstest

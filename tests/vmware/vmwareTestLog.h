@@ -1,25 +1,20 @@
 #pragma once
-// The log of the VMware and platform tests: main and debug lines go to two files inside the
-// sandbox (debug output on, level Info), which tests read back and clear.
+// The log of the VMware and platform tests, read back through the shared test log.
 
-#include <string>
-#include <vector>
+#include "zuvTestLog.h"
 
 namespace vmwaretest {
 
-constexpr const char* kMainLog = "/opt/kelzuv/log/zuv.log";
-constexpr const char* kDebugLog = "/opt/kelzuv/log/zuvdebug.log";
-
-// Writes the configuration and builds the logger, once per process.
-void startLogging();
-// Empties both files.
-void clearLogs();
-// The messages of the lines of a file with the tag: what follows "TAG: ".
-std::vector<std::string> messages(const char* file, const std::string& tag);
+using zuvtest::clearLogs;
+using zuvtest::hasMessage;
+using zuvtest::kDebugLog;
+using zuvtest::kMainLog;
+inline void startLogging() { zuvtest::startFileLogging(); }
+inline std::vector<std::string> messages(const char* file, const std::string& tag) {
+    return zuvtest::logMessages(file, tag);
+}
 // The messages of the VMware host layer, main or debug file.
-std::vector<std::string> mainMessages();
-std::vector<std::string> debugMessages();
-// True when some message equals text.
-bool hasMessage(const std::vector<std::string>& messages, const std::string& text);
+inline std::vector<std::string> mainMessages() { return messages(kMainLog, "VMWARE_OS_UTILS"); }
+inline std::vector<std::string> debugMessages() { return messages(kDebugLog, "VMWARE_OS_UTILS"); }
 
 }  // namespace vmwaretest
