@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "log/zuvLogger.h"
+#include "utils/zuvScratchFile.h"
 #include "vmware/zuvVMwareLogTag.h"
 #include "vmware/zuvVMwareOSUtils.h"
 
@@ -50,26 +51,29 @@ MemorySample parseSample(FILE* file) {
 }  // namespace
 
 std::vector<double> zuvVMwareOSUtils::getMemoryFigures() {
-    const std::string scratchPath = getInstallPath() + "/tmp/zuv-mem.txt";
+    // The scratch file lives in a shared directory: a left-over file or a planted link at its
+    // name is cleared and a fresh file made before the shell appends; removed on every way out.
+    zuvScratchFile scratch(getInstallPath() + "/tmp/zuv-mem.txt");
     const std::string configPath = getInstallPath() + "/data/esxtopconf";
-    const std::string command = "esxtop -c " + configPath + " -b -n 1 >> " + scratchPath;
+    const std::string command = "esxtop -c " + configPath + " -b -n 1 >> " + scratch.path();
 
+    if (!scratch.prepare()) {
+        ZUV_LOG_ERROR(kVMwareLogTag, "Unable to fetch physical memory information.");
+        return {};
+    }
     if (system(command.c_str()) != 0) {
         const int error = errno;
         if (!memoryErrorLogged)
             ZUV_LOG_ERROR(kVMwareLogTag, "Error occurred in fetching physical memory information : %s", strerror(error));
         memoryErrorLogged = true;
-        remove(scratchPath.c_str());
         return {};
     }
-    FILE* file = fopen(scratchPath.c_str(), "r");
+    FILE* file = fopen(scratch.path().c_str(), "r");
     if (file == nullptr) {
         ZUV_LOG_ERROR(kVMwareLogTag, "Unable to fetch physical memory information.");
-        remove(scratchPath.c_str());
         return {};
     }
     const MemorySample sample = parseSample(file);
     fclose(file);
-    remove(scratchPath.c_str());
     return {static_cast<double>(sample.machineMBytes / 1024), static_cast<double>(sample.freeMBytes / 1024)};
 }

@@ -68,12 +68,18 @@ TEST_F(MemoryTest, FiguresAreWholeGigabytesTruncated) {
     EXPECT_TRUE(vmwaretest::mainMessages().empty());
 }
 
-TEST_F(MemoryTest, LeftOverScratchFileIsAppendedToAndItsFirstValueRowWins) {
+TEST_F(MemoryTest, LeftOverScratchFileOrPlantedLinkIsReplacedNotFollowed) {
+    // A stale sample left by a killed run is not read.
     zuvtest::writeFile(kScratch, sample("2048", "1024"));
     tools.answer("esxtop", kEsxtopArguments, sample("8192", "4096"));
-    EXPECT_EQ(os.getMemoryFigures(), (Figures{2, 1}));
-    EXPECT_FALSE(zuvtest::fileExists(kScratch));
     EXPECT_EQ(os.getMemoryFigures(), (Figures{8, 4}));
+    EXPECT_FALSE(zuvtest::fileExists(kScratch));
+    // A link planted at the name can't make the shell write through it.
+    zuvtest::writeFile("/opt/kelzuv/victim.txt", "keep");
+    ASSERT_EQ(symlink("/opt/kelzuv/victim.txt", kScratch), 0);
+    EXPECT_EQ(os.getMemoryFigures(), (Figures{8, 4}));
+    EXPECT_EQ(zuvtest::readFile("/opt/kelzuv/victim.txt"), "keep");
+    EXPECT_FALSE(zuvtest::fileExists(kScratch));
 }
 
 TEST_F(MemoryTest, FailingEsxtopLogsOnceAndAlwaysRemovesTheScratchFile) {
