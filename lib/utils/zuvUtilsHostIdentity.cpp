@@ -16,6 +16,7 @@
 #include "log/zuvLogger.h"
 #include "utils/zuvUtils.h"
 #include "utils/zuvUtilsLogTag.h"
+#include "vmware/zuvHostCalls.h"
 #include "vmware/zuvHostSystem.h"
 
 std::string zuvUtils::osVersion;
@@ -54,24 +55,9 @@ std::string cachedVersionValue(std::string& cache, const char* command, const ch
 }
 }  // namespace
 
-std::string zuvUtils::getHostName() {
-    struct utsname name {};
-    if (zuvCurrentHostSystem().uname(&name) != 0) {
-        ZUV_LOG_ERROR(kUtilsLogTag, "uname failed with error = %d", errno);
-        return " ";
-    }
-    return name.nodename;
-}
+std::string zuvUtils::getHostName() { return zuvHostNodeName(kUtilsLogTag); }
 
-std::string zuvUtils::getKernelInfo() {
-    struct utsname name {};
-    if (zuvCurrentHostSystem().uname(&name) != 0) {
-        ZUV_LOG_ERROR(kUtilsLogTag, "uname failed with error = %d", errno);
-        return " ";
-    }
-    return std::string(name.sysname) + " " + name.nodename + " " + name.release + " " + name.version + " " +
-           name.machine;
-}
+std::string zuvUtils::getKernelInfo() { return zuvHostKernelLine(kUtilsLogTag); }
 
 std::string zuvUtils::getOSVersion() {
     return cachedVersionValue(osVersion, "localcli system version get | grep -i Version:",
@@ -154,12 +140,5 @@ std::vector<std::string> zuvUtils::refreshIPv4Addresses() {
 }
 
 void zuvUtils::syncPersistentStorage() {
-    const int result = system("/bin/vim-cmd hostsvc/firmware/sync_config");
-    if (result < 0) {
-        const int error = errno;
-        ZUV_LOG_WARNING(kUtilsLogTag, "Failed to synchronize persistent storage: [%d] - [%s]", error,
-                        errnoMessage(error).c_str());
-    } else if (result > 0) {
-        ZUV_LOG_WARNING(kUtilsLogTag, "Failed to synchronize persistent storage. (0x%X)", static_cast<unsigned>(result));
-    }
+    zuvHostSyncPersistentStorage(kUtilsLogTag, [this](int error) { return errnoMessage(error); });
 }

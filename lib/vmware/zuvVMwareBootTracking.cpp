@@ -16,6 +16,7 @@
 #include "log/zuvLogger.h"
 #include "vmware/zuvHostSystem.h"
 #include "vmware/zuvStateFileWriter.h"
+#include "vmware/zuvHostCalls.h"
 #include "vmware/zuvVMwareLogTag.h"
 #include "vmware/zuvVMwareOSUtils.h"
 
@@ -164,12 +165,5 @@ void zuvVMwareOSUtils::updateLastStart() {
 }
 
 void zuvVMwareOSUtils::syncPersistentStorage() {
-    const int result = system("/bin/vim-cmd hostsvc/firmware/sync_config");
-    if (result < 0) {
-        const int error = errno;
-        ZUV_LOG_WARNING(kVMwareLogTag, "Failed to synchronize persistent storage: [%d] - [%s]", error,
-                        getShortErrorText(error).c_str());
-    } else if (result > 0) {
-        ZUV_LOG_WARNING(kVMwareLogTag, "Failed to synchronize persistent storage. (0x%X)", static_cast<unsigned>(result));
-    }
+    zuvHostSyncPersistentStorage(kVMwareLogTag, [this](int error) { return getShortErrorText(error); });
 }

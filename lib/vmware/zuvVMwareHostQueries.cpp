@@ -10,6 +10,7 @@
 
 #include "log/zuvLogger.h"
 #include "utils/zuvStringUtils.h"
+#include "vmware/zuvHostCalls.h"
 #include "vmware/zuvHostSystem.h"
 #include "vmware/zuvVMwareLogTag.h"
 #include "vmware/zuvVMwareOSUtils.h"
@@ -36,24 +37,9 @@ std::string valueAfterColon(const std::vector<std::string>& lines) {
 
 }  // namespace
 
-std::string zuvVMwareOSUtils::getHostName() {
-    struct utsname name {};
-    if (zuvCurrentHostSystem().uname(&name) != 0) {
-        ZUV_LOG_ERROR(kVMwareLogTag, "uname failed with error = %d", errno);
-        return " ";
-    }
-    return name.nodename;
-}
+std::string zuvVMwareOSUtils::getHostName() { return zuvHostNodeName(kVMwareLogTag); }
 
-std::string zuvVMwareOSUtils::getKernelInfo() {
-    struct utsname name {};
-    if (zuvCurrentHostSystem().uname(&name) != 0) {
-        ZUV_LOG_ERROR(kVMwareLogTag, "uname failed with error = %d", errno);
-        return " ";
-    }
-    return std::string(name.sysname) + " " + name.nodename + " " + name.release + " " + name.version + " " +
-           name.machine;
-}
+std::string zuvVMwareOSUtils::getKernelInfo() { return zuvHostKernelLine(kVMwareLogTag); }
 
 std::string zuvVMwareOSUtils::getInstallPath() { return "/opt/kelzuv"; }
 std::string zuvVMwareOSUtils::getVitalFilePrefix() { return getInstallPath() + "/vital/kel"; }

@@ -1,0 +1,39 @@
+#include "vmware/zuvHostCalls.h"
+
+#include "log/zuvLogger.h"
+#include "vmware/zuvHostSystem.h"
+
+#include <sys/utsname.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+namespace {
+bool unameOrLog(struct utsname& name, const char* tag) {
+    if (zuvCurrentHostSystem().uname(&name) == 0) return true;
+    ZUV_LOG_ERROR(tag, "uname failed with error = %d", errno);
+    return false;
+}
+}  // namespace
+
+std::string zuvHostNodeName(const char* tag) {
+    struct utsname name {};
+    return unameOrLog(name, tag) ? std::string(name.nodename) : std::string(" ");
+}
+
+std::string zuvHostKernelLine(const char* tag) {
+    struct utsname name {};
+    if (!unameOrLog(name, tag)) return " ";
+    return std::string(name.sysname) + " " + name.nodename + " " + name.release + " " + name.version + " " +
+           name.machine;
+}
+
+void zuvHostSyncPersistentStorage(const char* tag, const std::function<std::string(int)>& errorText) {
+    const int result = system("/bin/vim-cmd hostsvc/firmware/sync_config");
+    if (result < 0) {
+        const int error = errno;
+        ZUV_LOG_WARNING(tag, "Failed to synchronize persistent storage: [%d] - [%s]", error, errorText(error).c_str());
+    } else if (result > 0) {
+        ZUV_LOG_WARNING(tag, "Failed to synchronize persistent storage. (0x%X)", static_cast<unsigned>(result));
+    }
+}
