@@ -1,4 +1,5 @@
 // The framing of QEMU's external BMC protocol: escapes, checksums, split reads, rejects.
+#include "qemuWireRequest.h"
 #include "zuvBmcExternCodec.h"
 
 #include <gtest/gtest.h>
@@ -21,26 +22,8 @@ std::vector<ExternFrame> decode(const std::vector<uint8_t>& wire, size_t piece) 
     return frames;
 }
 
-// A request on the wire as QEMU writes it: id, netfn/lun, cmd, data, checksum, escaped, 0xA0.
 std::vector<uint8_t> wireRequest(uint8_t id, uint8_t netFn, uint8_t cmd, const std::vector<uint8_t>& data) {
-    std::vector<uint8_t> plain;
-    plain.reserve(4 + data.size());
-    plain.push_back(id);
-    plain.push_back(static_cast<uint8_t>(netFn << 2));
-    plain.push_back(cmd);
-    for (uint8_t b : data) plain.push_back(b);
-    plain.push_back(zuvsim::externChecksum(plain));
-    std::vector<uint8_t> wire;
-    for (uint8_t b : plain) {
-        if (b == 0xA0 || b == 0xA1 || b == 0xAA) {
-            wire.push_back(0xAA);
-            wire.push_back(b | 0x10);
-        } else {
-            wire.push_back(b);
-        }
-    }
-    wire.push_back(0xA0);
-    return wire;
+    return qemuWireRequest(id, netFn, cmd, data);
 }
 
 }  // namespace

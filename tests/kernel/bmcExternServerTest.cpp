@@ -1,5 +1,6 @@
 // The external BMC server against a stand-in for QEMU's side of the socket: answers, the
 // three faults, the control commands, and connecting again after a drop.
+#include "qemuWireRequest.h"
 #include "zuvBmcExternServer.h"
 
 #include <gtest/gtest.h>
@@ -53,20 +54,7 @@ public:
     void send(const std::vector<uint8_t>& bytes) { ASSERT_EQ(ssize_t(bytes.size()), write(peer, bytes.data(), bytes.size())); }
 
     void sendRequest(uint8_t id, uint8_t netFn, uint8_t cmd, const std::vector<uint8_t>& data) {
-        std::vector<uint8_t> plain{id, static_cast<uint8_t>(netFn << 2), cmd};
-        for (uint8_t b : data) plain.push_back(b);
-        plain.push_back(zuvsim::externChecksum(plain));
-        std::vector<uint8_t> wire;
-        for (uint8_t b : plain) {
-            if (b == 0xA0 || b == 0xA1 || b == 0xAA) {
-                wire.push_back(0xAA);
-                wire.push_back(b | 0x10);
-            } else {
-                wire.push_back(b);
-            }
-        }
-        wire.push_back(0xA0);
-        send(wire);
+        send(qemuWireRequest(id, netFn, cmd, data));
     }
 
     // The next frame from the server; an empty frame with `closed` set at end of stream.
