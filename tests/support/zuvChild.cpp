@@ -1,5 +1,7 @@
 #include "zuvChild.h"
 
+#include "zuvSandbox.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,7 +12,7 @@ namespace zuvtest {
 ChildResult inChild(const std::function<std::string()>& body) {
     int channel[2];
     if (pipe(channel) != 0) throw std::runtime_error("pipe");
-    const pid_t child = fork();
+    const pid_t child = forkQuietly();
     if (child < 0) throw std::runtime_error("fork");
     if (child == 0) {
         close(channel[0]);

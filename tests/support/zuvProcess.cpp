@@ -1,5 +1,7 @@
 #include "zuvProcess.h"
 
+#include "zuvSandbox.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -20,10 +22,15 @@ long long nowMs() {
     return now.tv_sec * 1000LL + now.tv_nsec / 1000000;
 }
 
-[[noreturn]] void execOrDie(const std::vector<std::string>& argv) {
+// The argument vector is built before the fork: the child only calls async-signal-safe functions.
+std::vector<char*> argumentsOf(const std::vector<std::string>& argv) {
     std::vector<char*> args;
     for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
+    return args;
+}
+
+[[noreturn]] void execOrDie(const std::vector<char*>& args) {
     execvp(args[0], args.data());
     _exit(127);
 }
@@ -35,14 +42,15 @@ int statusOf(int raw) { return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSI
 ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs) {
     int outPipe[2], errPipe[2];
     if (pipe2(outPipe, O_CLOEXEC) != 0 || pipe2(errPipe, O_CLOEXEC) != 0) throw std::runtime_error("pipe");
-    const pid_t child = fork();
+    const std::vector<char*> args = argumentsOf(argv);
+    const pid_t child = forkQuietly();
     if (child < 0) throw std::runtime_error("fork");
     if (child == 0) {
         dup2(outPipe[1], 1);
         dup2(errPipe[1], 2);
         const int devNull = open("/dev/null", O_RDONLY);
         if (devNull >= 0) dup2(devNull, 0);
-        execOrDie(argv);
+        execOrDie(args);
     }
     close(outPipe[1]);
     close(errPipe[1]);
@@ -81,9 +89,10 @@ ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs) {
 
 void BackgroundProcess::start(const std::vector<std::string>& argv) {
     stop();
-    child = fork();
+    const std::vector<char*> args = argumentsOf(argv);
+    child = forkQuietly();
     if (child < 0) throw std::runtime_error("fork");
-    if (child == 0) execOrDie(argv);
+    if (child == 0) execOrDie(args);
 }
 
 bool BackgroundProcess::running() {

@@ -10,6 +10,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -207,6 +208,19 @@ bool fileExists(const std::string& path) {
 
 void writeConfig(const std::string& json) { writeFile("/opt/kelzuv/vital/zuv.conf", json); }
 
+namespace {
+std::mutex collectorsMutex;
+std::vector<SyslogCollector*> collectors;
+}  // namespace
+
+pid_t forkQuietly() {
+    std::lock_guard<std::mutex> registry(collectorsMutex);
+    for (SyslogCollector* collector : collectors) collector->running.lock();
+    const pid_t child = fork();
+    for (SyslogCollector* collector : collectors) collector->running.unlock();
+    return child;
+}
+
 SyslogCollector::SyslogCollector() {
     socketFd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (socketFd < 0) throw std::runtime_error("syslog collector: socket");
@@ -220,9 +234,15 @@ SyslogCollector::SyslogCollector() {
     }
     if (pipe2(stopFd, O_CLOEXEC) != 0) throw std::runtime_error("syslog collector: pipe");
     reader = std::thread([this] { run(); });
+    std::lock_guard<std::mutex> registry(collectorsMutex);
+    collectors.push_back(this);
 }
 
 SyslogCollector::~SyslogCollector() {
+    {
+        std::lock_guard<std::mutex> registry(collectorsMutex);
+        collectors.erase(std::find(collectors.begin(), collectors.end(), this));
+    }
     (void)!write(stopFd[1], "x", 1);
     reader.join();
     close(stopFd[0]);
@@ -235,7 +255,10 @@ void SyslogCollector::run() {
     pollfd fds[2] = {{socketFd, POLLIN, 0}, {stopFd[0], POLLIN, 0}};
     for (;;) {
         if (poll(fds, 2, -1) < 0 && errno != EINTR) return;
-        if (fds[0].revents & POLLIN) drain();
+        if (fds[0].revents & POLLIN) {
+            std::lock_guard<std::mutex> parked(running);
+            drain();
+        }
         if (fds[1].revents & POLLIN) return;
     }
 }

@@ -9,6 +9,8 @@
 
 
 #include <mutex>
+#include <sys/types.h>
+
 #include <string>
 #include <thread>
 #include <vector>
@@ -37,6 +39,10 @@ struct SyslogLine {
     std::string message;  // the text as the process passed it (a trailing line feed kept)
 };
 
+// fork() with every SyslogCollector's reader parked outside its locks and the allocator, so
+// that the child never inherits a lock held by a reader thread. Tests fork only through this.
+pid_t forkQuietly();
+
 // Binds a datagram socket at /dev/log (inside the sandbox) and collects every line that
 // arrives. A reader thread drains the socket at once, so senders never block on it.
 class SyslogCollector {
@@ -55,7 +61,9 @@ public:
 private:
     void drain();
     void run();
+    friend pid_t forkQuietly();
 
+    std::mutex running;  // held by the reader while it drains; taken by forkQuietly to park it
     int socketFd = -1;
     int stopFd[2] = {-1, -1};
     std::mutex mutex;
