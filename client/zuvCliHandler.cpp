@@ -53,8 +53,7 @@ void zuvCliHandler::parseArguments(int argc, char** argv) {
         const std::string argument =
             optarg != nullptr ? zuvStringUtils::trim(optarg, zuvStringUtils::whitespaceCharacters) : "";
         switch (choice) {
-            case ':':
-                throw std::runtime_error("Option " + optionText("provided") + " requires an argument");
+            case ':': throw std::runtime_error("Option " + optionText("provided") + " requires an argument");
             case 'f': handleJsonFile(argument); break;
             case 'p': handleJsonPacket(argument); break;
             case 'j': handleJsonInventory(argument); break;
@@ -113,8 +112,7 @@ void zuvCliHandler::sendRequest(int kind, const std::string& payload, const std:
     zuvPipePacket* request = new (std::nothrow) zuvPipePacket{};
     if (request == nullptr) {
         unlink(replyPipe.c_str());
-        throw std::runtime_error(
-            "Failed to initialize messageToServer pointer. Error: [Memory allocation error].");
+        throw std::runtime_error("Failed to initialize messageToServer pointer. Error: [Memory allocation error].");
     }
     request->senderTag = kClientSenderTag;
     request->messageType = messageTypes[kind];
@@ -124,8 +122,7 @@ void zuvCliHandler::sendRequest(int kind, const std::string& payload, const std:
     if (request->payload == nullptr) {
         delete request;
         unlink(replyPipe.c_str());
-        throw std::runtime_error(
-            "Failed to initialize messageToServer payload. Error: [Memory allocation error].");
+        throw std::runtime_error("Failed to initialize messageToServer payload. Error: [Memory allocation error].");
     }
     std::memcpy(request->payload, payload.data(), payload.size());
     const bool sent = zuvWritePipe(kServicePipe, request);
@@ -143,8 +140,7 @@ void zuvCliHandler::receiveReply(int kind, const std::string& replyPipe) {
     zuvPipePacket* reply = new (std::nothrow) zuvPipePacket{};
     if (reply == nullptr) {
         unlink(replyPipe.c_str());
-        throw std::runtime_error(
-            "Failed to initialize responseFromServer pointer. Error: [Memory allocation error].");
+        throw std::runtime_error("Failed to initialize responseFromServer pointer. Error: [Memory allocation error].");
     }
     reply->payload = nullptr;
     const bool received = zuvReadPipe(replyPipe.c_str(), reply);

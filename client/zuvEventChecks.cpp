@@ -100,8 +100,7 @@ void zuvCliHandler::checkEventJson(const std::string& text) {
                                  std::string(e.what()));
     }
     const int32_t type = eventResourceType(eventId);
-    if (type == -1 ||
-        (type != 1 && !zuvConfig::getInstance().isResourceManagerEnabled(resourceManagerIdFor(type))))
+    if (type == -1 || (type != 1 && !zuvConfig::getInstance().isResourceManagerEnabled(resourceManagerIdFor(type))))
         throw std::runtime_error("Failed to send zuvCli event as the corresponding resource manager is not running");
     if (type == 1 || type == 2) return;
     if (type >= 3 && type <= 7) {

@@ -37,11 +37,11 @@ pid_t spawn(std::initializer_list<const char*> args) {
 
 // Serves one request; returns when the packet has been read (t1) and the answer written.
 void serveOne(Clock::time_point& firstPacket) {
-    zuvPipePacket request {};
+    zuvPipePacket request{};
     if (!zuvReadPipe("/var/run/kelzuv", &request)) std::abort();
     firstPacket = Clock::now();
     int32_t code = 0;
-    zuvPipePacket reply {};
+    zuvPipePacket reply{};
     reply.payloadLength = sizeof code;
     reply.payload = reinterpret_cast<char*>(&code);
     const std::string replyPipe = "/var/run/kelzuvcli" + std::to_string(request.senderPid);

@@ -85,7 +85,11 @@ void BM_DispatchLatency(benchmark::State& state) {
 }
 
 BENCHMARK_TEMPLATE(BM_DispatchThroughput, ZuvQueue)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(BM_DispatchThroughput, PlainPriorityQueue)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_DispatchThroughput, PlainPriorityQueue)
+    ->Arg(1)
+    ->Arg(4)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_DispatchLatency, ZuvQueue)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK_TEMPLATE(BM_DispatchLatency, PlainPriorityQueue)->UseRealTime()->Unit(benchmark::kMicrosecond);
 

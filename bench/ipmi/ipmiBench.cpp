@@ -55,9 +55,8 @@ void BM_SdrRepositoryLoad(benchmark::State& state) {
     }
     state.counters["transactions"] = static_cast<double>(transactions);
     state.counters["expected"] = static_cast<double>(expected);
-    state.counters["time_per_record"] =
-        benchmark::Counter(static_cast<double>(kRecords), benchmark::Counter::kIsIterationInvariantRate |
-                                                              benchmark::Counter::kInvert);
+    state.counters["time_per_record"] = benchmark::Counter(
+        static_cast<double>(kRecords), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_SdrRepositoryLoad)->Unit(benchmark::kMillisecond);
 

@@ -54,7 +54,7 @@ bool zuvReadPipe(const char* path, zuvPipePacket* packet) {
         return false;
     }
     // Read into a scratch record so that a short read never leaves a length that wasn't received.
-    zuvPipePacket received {};
+    zuvPipePacket received{};
     const ssize_t metaRead = read(readFd, &received, zuvPipeMetaDataSize);
     if (metaRead < 0) {
         ZUV_LOG_DEBUG(TAG, "Read packet meta data failed. Reason: %s", strerror(errno));

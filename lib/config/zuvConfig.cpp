@@ -98,8 +98,8 @@ bool zuvConfig::isDebugLogEnabled() const {
     try {
         const Json::Value& v = memberAt(root, {"EnableDebugLog"});
         const bool asBool = v.asBool();  // throws for values that can't be a bool
-        zuvSyslog(LOG_WARNING, "ZUV_DEBUG_LOG_ENABLE %d-%d-%d", static_cast<int>(v.type()),
-                  v.isBool() ? 1 : 0, asBool ? 1 : 0);
+        zuvSyslog(LOG_WARNING, "ZUV_DEBUG_LOG_ENABLE %d-%d-%d", static_cast<int>(v.type()), v.isBool() ? 1 : 0,
+                  asBool ? 1 : 0);
         return v.isBool() ? asBool : false;
     } catch (...) {
         return false;
@@ -155,9 +155,7 @@ bool zuvConfig::getCaptureUnhandledExceptionStack() const {
     return boolAt(root, {"CaptureUnhandledExceptionStack"}, false);
 }
 
-int32_t zuvConfig::getSimulateUnhandledException() const {
-    return intAt(root, {"SimulateUnhandledException"}, 0);
-}
+int32_t zuvConfig::getSimulateUnhandledException() const { return intAt(root, {"SimulateUnhandledException"}, 0); }
 
 bool zuvConfig::getForwardAllMegaRAIDCriticalOrHigherEvents() const {
     return boolAt(root, {"ForwardAllMegaRAIDCriticalOrHigherEvents"}, false);

@@ -8,11 +8,11 @@
 
 // One event as the service hands it to sendEvent.
 struct zuvEvent {
-    int32_t id = 0;            // event id
-    std::string eventTime;     // sent as it is
-    uint8_t flag = 0;          // carried, not read here
-    std::string firstText;     // carried, not read here
-    std::string secondText;    // carried, not read here
+    int32_t id = 0;          // event id
+    std::string eventTime;   // sent as it is
+    uint8_t flag = 0;        // carried, not read here
+    std::string firstText;   // carried, not read here
+    std::string secondText;  // carried, not read here
     std::string physicalLocation;
     std::string source;
     Json::Value variableData;  // sent unless null

@@ -85,8 +85,7 @@ void zuvInBandComManager::sendEvent(const zuvEvent& event, std::function<void(in
         Json::Value root;
         populateEventPayload(event, root);
         std::string text = eventToString(root);
-        ZUV_LOG_INFO(MANAGER_TAG, "Sending event through selected protocol - EventId [%d]\n%s", event.id,
-                     text.c_str());
+        ZUV_LOG_INFO(MANAGER_TAG, "Sending event through selected protocol - EventId [%d]\n%s", event.id, text.c_str());
         sendEvent(text, completion);
         ZUV_LOG_INFO(MANAGER_TAG, "Sent - Successful");
     } catch (...) {
@@ -96,31 +95,34 @@ void zuvInBandComManager::sendEvent(const zuvEvent& event, std::function<void(in
 }
 
 void zuvInBandComManager::sendEvent(std::string& payload, std::function<void(int)> completion) {
-    submit("Submit the Event to Dispatcher",
-           [this, payload, completion] { deliver("MPEventGen", payload, completion); }, kEventPriority);
+    submit(
+        "Submit the Event to Dispatcher", [this, payload, completion] { deliver("MPEventGen", payload, completion); },
+        kEventPriority);
 }
 
 void zuvInBandComManager::sendInventory(const std::string& payload) {
-    submit("Submit the Inventory to Dispatcher",
-           [this, payload] {
-               try {
-                   transport->execCommand("WriteInventory", payload);
-               } catch (...) {
-                   // Logged by the transport; nobody waits for an inventory result.
-               }
-           },
-           kInventoryPriority);
+    submit(
+        "Submit the Inventory to Dispatcher",
+        [this, payload] {
+            try {
+                transport->execCommand("WriteInventory", payload);
+            } catch (...) {
+                // Logged by the transport; nobody waits for an inventory result.
+            }
+        },
+        kInventoryPriority);
 }
 
 void zuvInBandComManager::sendAppTelemetry(const std::string& payload, std::function<void(int)> completion) {
-    submit("Submit the Application Telemetry to Dispatcher",
-           [this, payload, completion] { deliver("WriteAppTelemetry", payload, completion); },
-           kAppTelemetryPriority);
+    submit(
+        "Submit the Application Telemetry to Dispatcher",
+        [this, payload, completion] { deliver("WriteAppTelemetry", payload, completion); }, kAppTelemetryPriority);
 }
 
 void zuvInBandComManager::sendUtilization(const std::string& payload, std::function<void(int)> completion) {
-    submit("Submit the Utilization Payload to the Dispatcher",
-           [this, payload, completion] { deliver("WriteTelemetry", payload, completion); }, kUtilizationPriority);
+    submit(
+        "Submit the Utilization Payload to the Dispatcher",
+        [this, payload, completion] { deliver("WriteTelemetry", payload, completion); }, kUtilizationPriority);
 }
 
 void zuvInBandComManager::submit(const char* line, const std::function<void()>& task, int priority) {

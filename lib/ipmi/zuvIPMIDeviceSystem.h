@@ -16,7 +16,8 @@ public:
     virtual int closeDevice(int fd) = 0;
     // ioctl(fd, request, argument) for IPMICTL_SEND_COMMAND and IPMICTL_RECEIVE_MSG_TRUNC.
     virtual int ioctlDevice(int fd, unsigned long request, void* argument) = 0;
-    virtual int selectDevice(int nfds, fd_set* readSet, fd_set* writeSet, fd_set* errorSet, struct timeval* timeout) = 0;
+    virtual int selectDevice(int nfds, fd_set* readSet, fd_set* writeSet, fd_set* errorSet,
+                             struct timeval* timeout) = 0;
     virtual int runShell(const char* command) = 0;
     virtual void sleepMicroseconds(uint64_t microseconds) = 0;
 };

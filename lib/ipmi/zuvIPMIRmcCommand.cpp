@@ -116,7 +116,9 @@ void zuvIPMIService::reportStatus(uint8_t status, uint8_t exitStatus, bool trans
                           "Transfer Status is 0x%x[Request command length exceeded] and Cmd Exit Status is 0x%x.",
                           status, exitStatus);
             return;
-        default: ZUV_LOG_DEBUG(ZUV_IPMI_TAG, "RMC Cli Command Execution failed! (0x%x, 0x%x)", status, exitStatus); return;
+        default:
+            ZUV_LOG_DEBUG(ZUV_IPMI_TAG, "RMC Cli Command Execution failed! (0x%x, 0x%x)", status, exitStatus);
+            return;
     }
     ZUV_LOG_ERROR(ZUV_IPMI_TAG, "Transfer Status is 0x%x[%s] and Cmd Exit Status is 0x%x", status, meaning, exitStatus);
 }

@@ -79,9 +79,8 @@ void zuvIPMIService::openChannel() {
     if (fd < 0) throw std::runtime_error("IPMI - Connection - Failed");
 }
 
-void zuvIPMIService::transfer(uint8_t netFn, uint8_t cmd, uint8_t lun, const void* requestData,
-                              uint16_t& requestSize, void* responseData, uint16_t& responseSize,
-                              uint8_t* completionCode) {
+void zuvIPMIService::transfer(uint8_t netFn, uint8_t cmd, uint8_t lun, const void* requestData, uint16_t& requestSize,
+                              void* responseData, uint16_t& responseSize, uint8_t* completionCode) {
     ZUV_LOG_DEBUG(ZUV_IPMI_TAG, "Transfer data through IPMI: rq [%hu %02x %02x %02x]; rp [%hu]", requestSize, netFn,
                   cmd, lun, responseSize);
     if (fd < 0) throw ipmi_exceptions::invalid_handle();
@@ -100,8 +99,7 @@ void zuvIPMIService::transfer(uint8_t netFn, uint8_t cmd, uint8_t lun, const voi
         sendRequest.msg.netfn = netFn;
         sendRequest.msg.cmd = cmd;
         sendRequest.msg.data_len = requestSize;
-        sendRequest.msg.data =
-            requestSize != 0 ? static_cast<unsigned char*>(const_cast<void*>(requestData)) : nullptr;
+        sendRequest.msg.data = requestSize != 0 ? static_cast<unsigned char*>(const_cast<void*>(requestData)) : nullptr;
         const int sent = system.ioctlDevice(fd, IPMICTL_SEND_COMMAND, &sendRequest);
         if (sent != 0) {
             ZUV_LOG_ERROR(ZUV_IPMI_TAG, "  Request ioctl failure with error code : %d", sent);

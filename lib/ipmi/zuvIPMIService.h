@@ -51,8 +51,7 @@ public:
     void getDeviceID(zuvIPMI::DEVICE_ID_INFO& info) override;
     void getSDRRepositoryInfo(zuvIPMI::SDR_REPOSITORY_INFO& info) override;
     void reserveSDRRepository(uint16_t& reservationId) override;
-    void getSDR(const zuvIPMI::GET_SDR_REQUEST& request, uint8_t* buffer, uint16_t capacity,
-                uint16_t& size) override;
+    void getSDR(const zuvIPMI::GET_SDR_REQUEST& request, uint8_t* buffer, uint16_t capacity, uint16_t& size) override;
 
     // Opens the device, loading the drivers first if it isn't there.
     virtual void openChannel();

@@ -18,17 +18,24 @@ struct SimpleCommand {
     const char* dataLine;
 };
 
-const SimpleCommand kGetDeviceId{0x06, 0x01, "Get Device ID", "Get Device ID finished with CC: [0x%02x]",
+const SimpleCommand kGetDeviceId{0x06,
+                                 0x01,
+                                 "Get Device ID",
+                                 "Get Device ID finished with CC: [0x%02x]",
                                  "Insufficient Get Device ID response data size [%hu]. Expected [%zu].",
                                  "Get Device ID Response Data: [%s]"};
-const SimpleCommand kGetRepositoryInfo{
-    0x0A, 0x20, "Get SDR Repository Info", "Get SDR Repository Info finished with CC: [0x%02x]",
-    "Insufficient Get SDR Repository Info response data size [%hu]. Expected [%zu].",
-    "Get SDR Repository Info - Response Data: [%s]"};
-const SimpleCommand kReserveRepository{
-    0x0A, 0x22, "Reserve SDR Repository", "Reserve SDR Repository finished with CC: [0x%02x]",
-    "Insufficient Reserve SDR Repository response data size [%hu]. Expected [%zu].",
-    "Reserve SDR Repository - Response Data: [%s]"};
+const SimpleCommand kGetRepositoryInfo{0x0A,
+                                       0x20,
+                                       "Get SDR Repository Info",
+                                       "Get SDR Repository Info finished with CC: [0x%02x]",
+                                       "Insufficient Get SDR Repository Info response data size [%hu]. Expected [%zu].",
+                                       "Get SDR Repository Info - Response Data: [%s]"};
+const SimpleCommand kReserveRepository{0x0A,
+                                       0x22,
+                                       "Reserve SDR Repository",
+                                       "Reserve SDR Repository finished with CC: [0x%02x]",
+                                       "Insufficient Reserve SDR Repository response data size [%hu]. Expected [%zu].",
+                                       "Reserve SDR Repository - Response Data: [%s]"};
 
 const uint8_t kInvalidReservation = 0xC5;
 
@@ -85,5 +92,6 @@ void zuvIPMIService::getSDR(const zuvIPMI::GET_SDR_REQUEST& sdrRequest, uint8_t*
         throw zuvIPMI::IPMICommandFailureException(code);
     }
     size = responseSize;
-    ZUV_LOG_DEBUG(ZUV_IPMI_TAG, "Get SDR - Response Data: [%s]", zuvStringUtils::bytesToHexString(buffer, size).c_str());
+    ZUV_LOG_DEBUG(ZUV_IPMI_TAG, "Get SDR - Response Data: [%s]",
+                  zuvStringUtils::bytesToHexString(buffer, size).c_str());
 }

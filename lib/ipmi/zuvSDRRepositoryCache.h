@@ -51,8 +51,8 @@ public:
     const_reverse_iterator rend() const override;
 
     // Reads one record under a reservation: the 5-byte header, then the body in pieces of 16.
-    static void readSDR(uint16_t recordId, uint16_t reservationId, IPMIServiceInterface& service,
-                        GENERIC_SDR& record, uint16_t& nextRecordId);
+    static void readSDR(uint16_t recordId, uint16_t reservationId, IPMIServiceInterface& service, GENERIC_SDR& record,
+                        uint16_t& nextRecordId);
     void loadRecords();
 
 private:

@@ -120,8 +120,8 @@ zuvLogger::zuvLogger() {
     }
     if (debugKind == kFile && createDirectories(debugLogPath) != 0) {
         const int err = errno;
-        zuvSyslog(LOG_ERR, "Failed to create directory path for ZUV debug log file [%s]: %d - %s",
-                  debugLogPath.c_str(), err, strerror(err));
+        zuvSyslog(LOG_ERR, "Failed to create directory path for ZUV debug log file [%s]: %d - %s", debugLogPath.c_str(),
+                  err, strerror(err));
         exit(-11);
     }
 
@@ -185,8 +185,8 @@ void zuvLogger::write(const char* levelText, const std::string& message, const s
     } else if (kind == kSyslog) {
         pthread_mutex_lock(&mutex);
         const int32_t number = threadNumber();
-        const std::string text = std::string(levelText) + ' ' + std::to_string(number) + ' ' +
-                                 renderLineNumber(line) + ' ' + tag + ": " + message + '\n';
+        const std::string text = std::string(levelText) + ' ' + std::to_string(number) + ' ' + renderLineNumber(line) +
+                                 ' ' + tag + ": " + message + '\n';
         int priority = LOG_INFO;
         if (holds(levelText, "ERROR")) {
             priority = LOG_ERR;

@@ -66,14 +66,14 @@ private:
 };
 
 // Formats only when the line will be written; a message is cut at 4095 characters.
-#define ZUV_LOG_AT_(guard, member, tag, ...)                                  \
-    do {                                                                      \
-        zuvLogger* zuvLog_ = zuvLogger::getInstance();                        \
-        if (guard) {                                                          \
-            char zuvLogBuf_[4096];                                            \
-            snprintf(zuvLogBuf_, sizeof zuvLogBuf_, __VA_ARGS__);             \
+#define ZUV_LOG_AT_(guard, member, tag, ...)                                      \
+    do {                                                                          \
+        zuvLogger* zuvLog_ = zuvLogger::getInstance();                            \
+        if (guard) {                                                              \
+            char zuvLogBuf_[4096];                                                \
+            snprintf(zuvLogBuf_, sizeof zuvLogBuf_, __VA_ARGS__);                 \
             zuvLog_->member(std::string(zuvLogBuf_), std::string(tag), __LINE__); \
-        }                                                                     \
+        }                                                                         \
     } while (0)
 
 #define ZUV_LOG_ERROR(tag, ...) ZUV_LOG_AT_(zuvLog_->getLogLevel() < 5, error, tag, __VA_ARGS__)

@@ -33,17 +33,16 @@ inline IDeviceLocationKey::~IDeviceLocationKey() = default;
 
 struct _ZUV_IO_GEOID_EXTRACTION_RULE;
 
-using zuvGeoIdRulePredicate =
-    std::function<bool(_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&, std::string,
-                       const std::vector<ZUV_GEOID_TYPES>&)>;
+using zuvGeoIdRulePredicate = std::function<bool(_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&,
+                                                 std::string, const std::vector<ZUV_GEOID_TYPES>&)>;
 
 struct _ZUV_IO_GEOID_EXTRACTION_RULE {
     zuvGeoIdRulePredicate isApplicable;
     ZUV_GEOID_TYPES geoIdType;
     std::string expression;  // ECMAScript; group 1 is the whole GeoID, then one group per field
     uint64_t fieldCount;
-    int32_t flags;           // 0 in every rule
-    std::string mask;        // the form's letters, one '.' per digit
+    int32_t flags;     // 0 in every rule
+    std::string mask;  // the form's letters, one '.' per digit
     // Empty (ECMAScript, no pattern) until the code that applies the rule compiles
     // `expression` into it; a copied rule takes it along.
     std::regex compiledExpression;

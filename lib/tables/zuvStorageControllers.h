@@ -24,8 +24,8 @@ struct zuvStorageControllerRecord {
     std::function<bool()> isApplicable;
     uint16_t vendorId;
     uint16_t deviceId;
-    uint16_t subVendorId;        // 0 where the row names no subsystem
-    uint16_t subDeviceId;        // 0 where the row names no subsystem
+    uint16_t subVendorId;         // 0 where the row names no subsystem
+    uint16_t subDeviceId;         // 0 where the row names no subsystem
     const char* sparePartNumber;  // never null; empty for a chip in general
     const char* optionNumber;     // never null; empty for a chip in general
     uint8_t controllerClass;

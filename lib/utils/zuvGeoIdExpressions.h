@@ -7,9 +7,9 @@
 #include <cstdint>
 
 struct zuvGeoIdForm {
-    int32_t type;            // 1, 2, 4, 5, 6: there is no type 3
-    int32_t length;          // characters of the GeoID
-    const char* mask;        // the letters of the form, "." per digit
+    int32_t type;      // 1, 2, 4, 5, 6: there is no type 3
+    int32_t length;    // characters of the GeoID
+    const char* mask;  // the letters of the form, "." per digit
     int32_t fieldCount;
     const char* expression;  // search in a longer text
 };

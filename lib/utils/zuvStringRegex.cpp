@@ -32,8 +32,7 @@ std::vector<std::string> regexFindAll(const std::regex& expression, const std::s
     return found;
 }
 
-std::vector<std::string> regexCaptures(const std::regex& expression, const std::string& text,
-                                       uint32_t expectedGroups) {
+std::vector<std::string> regexCaptures(const std::regex& expression, const std::string& text, uint32_t expectedGroups) {
     std::vector<std::string> groups;
     std::smatch match;
     if (!std::regex_search(text, match, expression) || match.size() - 1 != expectedGroups) return groups;

@@ -54,8 +54,7 @@ std::map<std::string, std::string> parseKeyValueText(const std::string& text, ch
 std::vector<std::string> regexFindAll(const std::regex& expression, const std::string& text);
 // Groups 1.. of the first match (those that took part), or empty unless the match has
 // exactly expectedGroups groups.
-std::vector<std::string> regexCaptures(const std::regex& expression, const std::string& text,
-                                       uint32_t expectedGroups);
+std::vector<std::string> regexCaptures(const std::regex& expression, const std::string& text, uint32_t expectedGroups);
 
 // Lower-case key -> (target string, found flag), owned by the caller.
 using FieldTable = std::unordered_map<std::string, std::pair<std::string*, bool*>>;

@@ -46,18 +46,20 @@ std::string zuvUtils::findLineInFile(const std::string& path, const std::string&
         line.clear();
     }
     if (line.empty())
-        ZUV_LOG_DEBUG(kUtilsLogTag, "The string pattern : %s not found in the file : %s", pattern.c_str(), path.c_str());
+        ZUV_LOG_DEBUG(kUtilsLogTag, "The string pattern : %s not found in the file : %s", pattern.c_str(),
+                      path.c_str());
     return line;
 }
 
-bool zuvUtils::regexSearch(const std::string& text, const std::string& pattern, regex_t* compiled,
-                           regmatch_t* matches, int matchCount) {
+bool zuvUtils::regexSearch(const std::string& text, const std::string& pattern, regex_t* compiled, regmatch_t* matches,
+                           int matchCount) {
     if (matchCount > 0) std::memset(matches, 0, sizeof(regmatch_t) * static_cast<size_t>(matchCount));
     char errorText[kErrorTextSize] = {};
     const int compileResult = regcomp(compiled, pattern.c_str(), REG_EXTENDED);
     if (compileResult != 0) {
         regerror(compileResult, compiled, errorText, sizeof errorText);
-        ZUV_LOG_DEBUG(kUtilsLogTag, "Error Compiling Regex, Return Value: %d, Error Info: %s", compileResult, errorText);
+        ZUV_LOG_DEBUG(kUtilsLogTag, "Error Compiling Regex, Return Value: %d, Error Info: %s", compileResult,
+                      errorText);
         return false;
     }
     const int searchResult =

@@ -48,7 +48,8 @@ int32_t listFiltered(std::string path, bool refuseLink, Placement placement,
 }  // namespace
 
 int32_t zuvUtils::listDirectory(const std::string& path, std::vector<std::string>& names) {
-    return listFiltered(path, true, Placement::front, [](const char* name) { return !isDotEntry(name); }, names);
+    return listFiltered(
+        path, true, Placement::front, [](const char* name) { return !isDotEntry(name); }, names);
 }
 
 int32_t zuvUtils::listEntriesContainingIb(const std::string& path, std::vector<std::string>& names) {
@@ -66,6 +67,8 @@ int32_t zuvUtils::listEntriesWithPrefix(const std::string& path, const std::stri
                                         std::vector<std::string>& names) {
     return listFiltered(
         path, false, Placement::back,
-        [&prefix](const char* name) { return !isDotEntry(name) && std::string(name).compare(0, prefix.size(), prefix) == 0; },
+        [&prefix](const char* name) {
+            return !isDotEntry(name) && std::string(name).compare(0, prefix.size(), prefix) == 0;
+        },
         names);
 }

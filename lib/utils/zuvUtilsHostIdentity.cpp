@@ -47,8 +47,9 @@ std::string cachedVersionValue(std::string& cache, const char* command, const ch
     char buffer[kOSAnswerReadSize];
     while (fgets(buffer, sizeof buffer, stream.get()) != nullptr) answer += buffer;
     if (answer.empty()) return cache;
-    answer.erase(std::remove_if(answer.begin(), answer.end(), [](char c) { return isspace(static_cast<unsigned char>(c)); }),
-                 answer.end());
+    answer.erase(
+        std::remove_if(answer.begin(), answer.end(), [](char c) { return isspace(static_cast<unsigned char>(c)); }),
+        answer.end());
     const size_t colon = answer.find(':');
     cache = colon == std::string::npos ? answer : answer.substr(colon + 1);
     return cache;
@@ -60,8 +61,8 @@ std::string zuvUtils::getHostName() { return zuvHostNodeName(kUtilsLogTag); }
 std::string zuvUtils::getKernelInfo() { return zuvHostKernelLine(kUtilsLogTag); }
 
 std::string zuvUtils::getOSVersion() {
-    return cachedVersionValue(osVersion, "localcli system version get | grep -i Version:",
-                              "Error occurred in identifying OS version.");
+    return cachedVersionValue(
+        osVersion, "localcli system version get | grep -i Version:", "Error occurred in identifying OS version.");
 }
 
 std::string zuvUtils::getOSName() {
@@ -101,7 +102,8 @@ std::vector<std::string> zuvUtils::getIPv4Addresses() {
     // The auxiliary address moves only when the address it holds has gone from the host.
     std::lock_guard<std::mutex> lock(ipv4AddressMutex);
     const bool stillThere = std::find(addresses.begin(), addresses.end(), auxIPv4Address) != addresses.end();
-    if (auxIPv4Address.empty() || !stillThere) auxIPv4Address = addresses.empty() ? kLoopbackAddress : addresses.front();
+    if (auxIPv4Address.empty() || !stillThere)
+        auxIPv4Address = addresses.empty() ? kLoopbackAddress : addresses.front();
     return addresses;
 }
 

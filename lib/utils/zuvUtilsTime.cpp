@@ -75,8 +75,10 @@ int zuvUtils::getLastShutdownTime(time_t* shutdownTime) {
         ZUV_LOG_WARNING(kUtilsLogTag, "Error occurred in gathering system last shutdown time information.");
         return -1;
     }
-    const std::string command = std::string("grep \"Host is rebooting\" /var/log/vmksummary.log | tail -1 | awk "
-                                            "'{print $1}' >> ") + scratch.path();
+    const std::string command = std::string(
+                                    "grep \"Host is rebooting\" /var/log/vmksummary.log | tail -1 | awk "
+                                    "'{print $1}' >> ") +
+                                scratch.path();
     if (system(command.c_str()) != 0) {
         ZUV_LOG_WARNING(kUtilsLogTag, "Error occurred in gathering system last shutdown time information.");
         return -1;

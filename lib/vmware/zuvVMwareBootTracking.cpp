@@ -34,15 +34,16 @@ std::string keyLine(const char* key, int64_t value) { return std::string(key) + 
 bool replaceStateFile(const std::string& content) {
     if (zuvReplaceFileContent(kStateFile, kStateTemporaryFile, content)) return true;
     const int error = errno;
-    ZUV_LOG_ERROR(kVMwareLogTag, "Could not rewrite %s, its previous content is kept: %s", kStateFile,
-                  strerror(error));
+    ZUV_LOG_ERROR(kVMwareLogTag, "Could not rewrite %s, its previous content is kept: %s", kStateFile, strerror(error));
     return false;
 }
 
 // Rewrites the state file with every line holding key (anywhere) replaced by "key value".
 void replaceKeyLines(const char* key, int64_t value) {
     std::string content;
-    const auto edit = [&](const std::string& line) { return line.find(key) != std::string::npos ? keyLine(key, value) : line; };
+    const auto edit = [&](const std::string& line) {
+        return line.find(key) != std::string::npos ? keyLine(key, value) : line;
+    };
     if (!zuvEditFileLines(kStateFile, edit, &content)) {
         ZUV_LOG_ERROR(kVMwareLogTag, "Could not read %s for its rewrite", kStateFile);
         return;
@@ -104,7 +105,8 @@ void zuvVMwareOSUtils::updateStartStopFile(int mode) {
             const int64_t currentStart = readStartStopValue("current_start");
             const int64_t lastStop = readStartStopValue("last_stop");
             const int64_t lastStart = readStartStopValue("last_start");
-            ZUV_LOG_DEBUG(kVMwareLogTag, "During ZUV service init, last_start : %ld, last_stop : %ld, current_start : %ld",
+            ZUV_LOG_DEBUG(kVMwareLogTag,
+                          "During ZUV service init, last_start : %ld, last_stop : %ld, current_start : %ld",
                           static_cast<long>(lastStart), static_cast<long>(lastStop), static_cast<long>(currentStart));
         }
         return;
@@ -120,7 +122,8 @@ void zuvVMwareOSUtils::updateStartStopFile(int mode) {
         const int64_t currentStart = readStartStopValue("current_start");
         const int64_t lastStop = readStartStopValue("last_stop");
         const int64_t lastStart = readStartStopValue("last_start");
-        ZUV_LOG_DEBUG(kVMwareLogTag, "During ZUV service shutdown, last_start : %ld, last_stop : %ld, current_start : %ld",
+        ZUV_LOG_DEBUG(kVMwareLogTag,
+                      "During ZUV service shutdown, last_start : %ld, last_stop : %ld, current_start : %ld",
                       static_cast<long>(lastStart), static_cast<long>(lastStop), static_cast<long>(currentStart));
     }
 }

@@ -64,7 +64,8 @@ std::vector<double> zuvVMwareOSUtils::getMemoryFigures() {
     if (system(command.c_str()) != 0) {
         const int error = errno;
         if (!memoryErrorLogged)
-            ZUV_LOG_ERROR(kVMwareLogTag, "Error occurred in fetching physical memory information : %s", strerror(error));
+            ZUV_LOG_ERROR(kVMwareLogTag, "Error occurred in fetching physical memory information : %s",
+                          strerror(error));
         memoryErrorLogged = true;
         return {};
     }

@@ -43,18 +43,12 @@ struct PciFieldNames {
     const char* result;
 };
 
-constexpr PciFieldNames kIds = {"Vendor ID:\\|Device ID:",
-                                ",Vendor ID: 0x[A-Za-z0-9]{4}",
-                                ",Device ID: 0x[A-Za-z0-9]{4}",
-                                "Cound not fetch vendorId for %s",
-                                "Cound not fetch deviceId for %s",
-                                "vendorId = %s, deviceId = %s"};
-constexpr PciFieldNames kSubIds = {"SubVendor ID:\\|SubDevice ID:",
-                                   ",SubVendor ID: 0x[A-Za-z0-9]{4}",
-                                   ",SubDevice ID: 0x[A-Za-z0-9]{4}",
-                                   "Cound not fetch subVendorId for %s",
-                                   "Cound not fetch subDeviceId for %s",
-                                   "subVendorId = %s, subDeviceId = %s"};
+constexpr PciFieldNames kIds = {"Vendor ID:\\|Device ID:",         ",Vendor ID: 0x[A-Za-z0-9]{4}",
+                                ",Device ID: 0x[A-Za-z0-9]{4}",    "Cound not fetch vendorId for %s",
+                                "Cound not fetch deviceId for %s", "vendorId = %s, deviceId = %s"};
+constexpr PciFieldNames kSubIds = {"SubVendor ID:\\|SubDevice ID:",      ",SubVendor ID: 0x[A-Za-z0-9]{4}",
+                                   ",SubDevice ID: 0x[A-Za-z0-9]{4}",    "Cound not fetch subVendorId for %s",
+                                   "Cound not fetch subDeviceId for %s", "subVendorId = %s, subDeviceId = %s"};
 
 std::pair<std::string, std::string> lookUp(zuvVMwareOSUtils& os, const std::string& key, const PciFieldNames& names) {
     std::string pattern;
@@ -116,7 +110,8 @@ std::string zuvVMwareOSUtils::extractFieldValue(const std::string& text, const s
         const std::string matched = text.substr(match[0].rm_so, match[0].rm_eo - match[0].rm_so);
         const size_t colon = matched.find(':');
         // The value stands behind ": "; a match without a colon names no value.
-        if (!matched.empty() && colon != std::string::npos && colon + 2 <= matched.size()) value = matched.substr(colon + 2);
+        if (!matched.empty() && colon != std::string::npos && colon + 2 <= matched.size())
+            value = matched.substr(colon + 2);
         if (value.empty())
             ZUV_LOG_WARNING(kVMwareLogTag, "Issue in identifying details from localcli output : %s", text.c_str());
     }

@@ -59,8 +59,7 @@ bool parseExternRequest(const ExternFrame& frame, ExternRequest& request) {
 
 std::vector<uint8_t> encodeExternResponse(const ExternRequest& request, uint8_t completionCode,
                                           const std::vector<uint8_t>& body, bool corruptChecksum) {
-    std::vector<uint8_t> plain{request.messageId,
-                               static_cast<uint8_t>(((request.netFn + 1) << 2) | request.lun),
+    std::vector<uint8_t> plain{request.messageId, static_cast<uint8_t>(((request.netFn + 1) << 2) | request.lun),
                                request.cmd, completionCode};
     plain.insert(plain.end(), body.begin(), body.end());
     plain.push_back(static_cast<uint8_t>(externChecksum(plain) + (corruptChecksum ? 1 : 0)));

@@ -10,7 +10,7 @@
 namespace zuvsim {
 
 struct ExternFrame {
-    bool control = false;       // ended by 0xA1
+    bool control = false;        // ended by 0xA1
     std::vector<uint8_t> bytes;  // unescaped, without the end byte
 };
 

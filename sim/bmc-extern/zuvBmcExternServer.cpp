@@ -25,7 +25,9 @@ ExternBmcServer::~ExternBmcServer() {
     close(wakeWrite);
 }
 
-void ExternBmcServer::start() { worker = std::thread([this] { run(); }); }
+void ExternBmcServer::start() {
+    worker = std::thread([this] { run(); });
+}
 
 void ExternBmcServer::stop() {
     stopping = true;

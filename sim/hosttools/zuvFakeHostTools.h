@@ -37,8 +37,8 @@ public:
     static std::string keyOf(const std::string& arguments) {
         std::string key = arguments;
         for (char& c : key) {
-            const bool kept = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
-                              c == '.' || c == '_' || c == '-';
+            const bool kept = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '.' ||
+                              c == '_' || c == '-';
             if (!kept) c = '_';
         }
         return key;

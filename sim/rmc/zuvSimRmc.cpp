@@ -120,7 +120,8 @@ Response SimulatedRmc::blockCommand(const std::vector<uint8_t>& data) {
         const auto nameBegin = data.begin() + 3;
         const auto nameEnd = nameBegin + kNameSize;
         const auto nul = std::find(nameBegin, nameEnd, 0);
-        if (nul == nameEnd) command->faults.push_back("command name without NUL");
+        if (nul == nameEnd)
+            command->faults.push_back("command name without NUL");
         else if (!allZero(data, static_cast<size_t>(nul - data.begin()), 3 + kNameSize))
             command->faults.push_back("command name not zero-filled");
         command->name.assign(nameBegin, nul);
@@ -182,9 +183,9 @@ Response SimulatedRmc::repositoryInfo() const {
         recordCountOverride >= 0 ? static_cast<uint16_t>(recordCountOverride) : static_cast<uint16_t>(sdrs.size());
     response.body.push_back(0x51);  // SDR version 1.5
     putLe16(response.body, count);
-    putLe16(response.body, 0x1000);  // free space
+    putLe16(response.body, 0x1000);                          // free space
     for (int i = 0; i < 8; ++i) response.body.push_back(0);  // addition and erase time stamps
-    response.body.push_back(0x02);  // Reserve SDR Repository supported
+    response.body.push_back(0x02);                           // Reserve SDR Repository supported
     return response;
 }
 

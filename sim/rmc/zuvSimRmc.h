@@ -34,7 +34,7 @@ struct AssembledCommand {
     std::vector<uint8_t> argument;  // all announced bytes, the terminating NUL included
     uint32_t argumentLength = 0;    // as announced in the first block
     size_t blocks = 0;
-    bool complete = false;          // all announced bytes arrived
+    bool complete = false;            // all announced bytes arrived
     std::vector<std::string> faults;  // what was wrong with the blocks; empty when all was right
     // The argument up to its terminating NUL.
     std::string text() const;
@@ -117,7 +117,7 @@ private:
     std::vector<Request> received;
 
     std::vector<AssembledCommand> assembled;
-    bool commandOpen = false;  // a command whose bytes are still due
+    bool commandOpen = false;                          // a command whose bytes are still due
     std::deque<std::pair<uint8_t, int>> blockReplies;  // exit status -1: the default one
     uint8_t exitStatus = 0;
     uint16_t lastReplyIndex = 0;

@@ -125,13 +125,14 @@ void answer(const Options& options, const zuvPipePacket& request) {
         if (pipe) std::fclose(pipe);
         return;
     }
-    zuvPipePacket reply {};
+    zuvPipePacket reply{};
     reply.senderTag = 1;
     reply.messageType = request.messageType;
     reply.payloadLength = static_cast<uint32_t>(payload.size());
     reply.senderPid = static_cast<uint32_t>(getpid());
     reply.payload = payload.data();
-    if (!zuvWritePipe(replyPipe.c_str(), &reply)) std::fprintf(stderr, "zuvSimService: no reply pipe %s\n", replyPipe.c_str());
+    if (!zuvWritePipe(replyPipe.c_str(), &reply))
+        std::fprintf(stderr, "zuvSimService: no reply pipe %s\n", replyPipe.c_str());
 }
 
 }  // namespace
@@ -146,7 +147,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     for (long served = 0; options.count < 0 || served < options.count; ++served) {
-        zuvPipePacket request {};
+        zuvPipePacket request{};
         request.payload = nullptr;
         const bool ok = zuvReadPipe(kServicePipe, &request);
         if (ok) {

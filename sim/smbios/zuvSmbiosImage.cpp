@@ -129,9 +129,9 @@ SmbiosImage& SmbiosImage::addBios(const std::string& vendor, const std::string& 
     std::vector<uint8_t> f;
     f.push_back(strings.add(vendor));
     f.push_back(strings.add(version));
-    put16(f, 0xE000);                        // starting address segment
-    f.push_back(strings.add("01/01/2026"));  // release date
-    f.push_back(0x0F);                       // ROM size, 1 MiB
+    put16(f, 0xE000);                                            // starting address segment
+    f.push_back(strings.add("01/01/2026"));                      // release date
+    f.push_back(0x0F);                                           // ROM size, 1 MiB
     for (int i = 0; i < 8; ++i) f.push_back(i == 0 ? 0x80 : 0);  // characteristics
     f.push_back(0x01);
     f.push_back(0x0C);  // extension bytes: ACPI, UEFI

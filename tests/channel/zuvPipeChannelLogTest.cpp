@@ -45,8 +45,7 @@ std::vector<std::string> channelMessages(zuvtest::SyslogCollector& collector) {
 class ChannelLog : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        zuvtest::writeConfig(
-            R"({"EnableDebugLog":true,"DebugLogLocation":"syslog","ZUVLogLocation":"syslog","a":1})");
+        zuvtest::writeConfig(R"({"EnableDebugLog":true,"DebugLogLocation":"syslog","ZUVLogLocation":"syslog","a":1})");
     }
     void SetUp() override { unlink(kPipe); }
     void TearDown() override { unlink(kPipe); }
@@ -58,12 +57,12 @@ TEST_F(ChannelLog, EachStepOfAConversationLogsItsLine) {
     EXPECT_FALSE(zuvCreatePipe(kPipe));
 
     char text[] = "708";
-    zuvPipePacket sent {};
+    zuvPipePacket sent{};
     sent.senderTag = 9;
     sent.messageType = 0x0102;
     sent.payloadLength = 3;
     sent.payload = text;
-    zuvPipePacket received {};
+    zuvPipePacket received{};
     received.payload = nullptr;
     bool readOk = false;
     std::thread reader([&] { readOk = zuvReadPipe(kPipe, &received); });
@@ -104,7 +103,7 @@ TEST_F(ChannelLog, EachStepOfAConversationLogsItsLine) {
 
 TEST_F(ChannelLog, FailedOpensLogTheDescriptorAndTheFailure) {
     zuvtest::SyslogCollector collector;
-    zuvPipePacket packet {};
+    zuvPipePacket packet{};
     char text[] = "x";
     packet.payload = text;
     packet.payloadLength = 1;
@@ -113,10 +112,9 @@ TEST_F(ChannelLog, FailedOpensLogTheDescriptorAndTheFailure) {
     EXPECT_FALSE(zuvReadPipe("/tmp/no-such-pipe", &packet));
     const std::vector<std::string> messages = channelMessages(collector);
     ASSERT_EQ(messages.size(), 4u);
-    const std::string lines[] = {"writeFd = -1. pipe = /tmp/no-such-pipe",
-                                 "zuvWritePipe: Open of /tmp/no-such-pipe failed while writing.",
-                                 "readFd = -1. pipe = /tmp/no-such-pipe",
-                                 "zuvReadPipe:Open of /tmp/no-such-pipe failed while reading."};
+    const std::string lines[] = {
+        "writeFd = -1. pipe = /tmp/no-such-pipe", "zuvWritePipe: Open of /tmp/no-such-pipe failed while writing.",
+        "readFd = -1. pipe = /tmp/no-such-pipe", "zuvReadPipe:Open of /tmp/no-such-pipe failed while reading."};
     for (size_t i = 0; i < 4; ++i) EXPECT_EQ(messages[i].substr(messages[i].find('|') + 1), lines[i]);
 }
 

@@ -60,13 +60,14 @@ protected:
 
 TEST_F(Channel, PacketGoesOnThePipeAsItStandsInMemory) {
     char payload[] = "708";
-    zuvPipePacket packet {};
+    zuvPipePacket packet{};
     packet.senderTag = 9;
     packet.messageType = 0x0102;
     packet.payloadLength = 3;
     packet.senderPid = 4660;
     packet.payload = payload;
-    const std::vector<uint8_t> expected{0x09, 0, 0, 0x02, 0x01, 0x03, 0, 0, 0, 0x34, 0x12, 0, 0, 0, 0, 0, 0, '7', '0', '8'};
+    const std::vector<uint8_t> expected{0x09, 0, 0, 0x02, 0x01, 0x03, 0, 0,   0,   0x34,
+                                        0x12, 0, 0, 0,    0,    0,    0, '7', '0', '8'};
     EXPECT_EQ(bytesOnPipe(packet), expected);
 }
 
@@ -76,7 +77,7 @@ TEST_F(Channel, ReadGivesATerminatedPayloadOfTheAnnouncedLength) {
         for (int i = 0; i < 4; ++i) raw.push_back(static_cast<uint8_t>(length >> (8 * i)));
         raw.insert(raw.end(), {0x78, 0x56, 0, 0, 0, 0, 0, 0});
         for (uint32_t i = 0; i < length; ++i) raw.push_back(static_cast<uint8_t>('a' + i % 26));
-        zuvPipePacket packet {};
+        zuvPipePacket packet{};
         ASSERT_TRUE(readRaw(raw, packet)) << length;
         // Copies: the packed fields are misaligned, so no reference may bind to them.
         EXPECT_EQ(uint16_t{packet.messageType}, 0x0103);
@@ -90,14 +91,14 @@ TEST_F(Channel, ReadGivesATerminatedPayloadOfTheAnnouncedLength) {
 }
 
 TEST_F(Channel, ShortReadsAreFailuresAndNeverUseALengthNotReceived) {
-    zuvPipePacket packet {};
+    zuvPipePacket packet{};
     packet.payloadLength = 0xdeadbeef;
     EXPECT_FALSE(readRaw({}, packet));                       // the writer closed at once
     EXPECT_FALSE(readRaw({9, 0, 0, 2, 1, 200, 0}, packet));  // 7 of 17 meta bytes
     EXPECT_EQ(static_cast<char*>(packet.payload), nullptr);  // nothing allocated from a partial length
     EXPECT_EQ(uint32_t{packet.payloadLength}, 0xdeadbeefu);  // the record is left as it was
     std::vector<uint8_t> shortPayload{9, 0, 0, 2, 1, 10, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 'a', 'b'};
-    EXPECT_FALSE(readRaw(shortPayload, packet));  // 2 of 10 payload bytes
+    EXPECT_FALSE(readRaw(shortPayload, packet));             // 2 of 10 payload bytes
     ASSERT_NE(static_cast<char*>(packet.payload), nullptr);  // allocated, and the caller frees it
     EXPECT_STREQ(packet.payload, "ab");
     free(packet.payload);
@@ -112,12 +113,12 @@ TEST_F(Channel, CreateAndWriteFailWithoutSideEffects) {
     EXPECT_FALSE(zuvCreatePipe("/tmp/plain.txt"));
     EXPECT_EQ(zuvtest::readFile("/tmp/plain.txt"), "keep");
 
-    zuvPipePacket packet {};
+    zuvPipePacket packet{};
     char payload[] = "x";
     packet.payload = payload;
     packet.payloadLength = 1;
     EXPECT_FALSE(zuvWritePipe("/tmp/no-such-pipe", &packet));  // fails at once, no wait
-    zuvPipePacket readPacket {};
+    zuvPipePacket readPacket{};
     EXPECT_FALSE(zuvReadPipe("/tmp/no-such-pipe", &readPacket));
     EXPECT_EQ(static_cast<char*>(readPacket.payload), nullptr);
 }

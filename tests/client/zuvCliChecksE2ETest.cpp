@@ -39,21 +39,23 @@ TEST_F(CliChecks, TestEventIdsByModeAndEnabledManagers) {
     startService();
     const std::string provide = "Please provide valid EVENTID to zuvCli.";
     expectCases({
-                    {{"-t", "708"}, ""},
-                    {{"-t", "708abc"}, ""},
-                    {{"-t", "abc"}, provide},
-                    {{"-t", "99999999999"}, provide},
-                    {{"-t", "356"}, ""},     // HostOSInfo is enabled
-                    {{"-t", "383"}, ""},     // FibreChannelDevices is enabled
-                    {{"-t", "678"}, "The resource manager for given EVENTID is not enabled."},
-                    {{"-t", "1150"}, "Please enter a valid EVENTID to zuvCli."},
-                    {{"-t", "-5"}, "Please enter a valid EVENTID to zuvCli."},
-                });
+        {{"-t", "708"}, ""},
+        {{"-t", "708abc"}, ""},
+        {{"-t", "abc"}, provide},
+        {{"-t", "99999999999"}, provide},
+        {{"-t", "356"}, ""},  // HostOSInfo is enabled
+        {{"-t", "383"}, ""},  // FibreChannelDevices is enabled
+        {{"-t", "678"}, "The resource manager for given EVENTID is not enabled."},
+        {{"-t", "1150"}, "Please enter a valid EVENTID to zuvCli."},
+        {{"-t", "-5"}, "Please enter a valid EVENTID to zuvCli."},
+    });
     EXPECT_EQ(payloads(), (std::vector<std::string>{"708", "708abc", "356", "383"}));
 
     zuvtest::writeConfig(kTestModeConfig);
-    expectCases({{{"-t", "356"}, provide}, {{"-t", "708"}, ""}, {{"-p", eventJson("708")}, "Invalid option"},
-                       {{"-f", "/tmp/x.json"}, "Invalid option"}});
+    expectCases({{{"-t", "356"}, provide},
+                 {{"-t", "708"}, ""},
+                 {{"-p", eventJson("708")}, "Invalid option"},
+                 {{"-f", "/tmp/x.json"}, "Invalid option"}});
 }
 
 TEST_F(CliChecks, EventJsonPacketsAndFiles) {
@@ -70,23 +72,22 @@ TEST_F(CliChecks, EventJsonPacketsAndFiles) {
     const std::string notRunning = "Failed to send zuvCli event as the corresponding resource manager is not running";
     const std::string badFormat = "Unable to send TEST EVENT due to invalid format of json string. Error: ";
     expectCases({
-                    {{"-p", eventJson("708")}, ""},
-                    {{"-p", eventJson("4294968004")}, ""},  // 2^32 + 708: the low 32 bits are the id
-                    {{"-p", "{}"}, badFormat},
-                    {{"-p", "5"}, badFormat},
-                    {{"-p", R"({"ID":708})"}, "Unable to send TEST EVENT as json string is incomplete"},
-                    {{"-p", eventJson("383")},
-                     "Failed to send TEST EVENT as json string is incomplete. PhysicalLocation is missing"},
-                    {{"-p", eventJson("678", R"(,"PhysicalLocation":"x")")}, notRunning},
-                    {{"-p", eventJson("1150")}, notRunning},
-                    {{"-p", exact}, ""},
-                    {{"-p", over}, "Failed to process JSON payload! Error = (Too large)"},
-                    {{"-f", "/tmp/exact.json"}, ""},
-                    {{"-f", "/tmp/fc.json"}, ""},
-                    {{"-f", "/tmp/over.json"},
-                     "Failed to process JSON file! Error = (Too large), filename = /tmp/over.json"},
-                    {{"-f", "/tmp/none.json"}, "Failed to open JSON file!, filename = /tmp/none.json"},
-                });
+        {{"-p", eventJson("708")}, ""},
+        {{"-p", eventJson("4294968004")}, ""},  // 2^32 + 708: the low 32 bits are the id
+        {{"-p", "{}"}, badFormat},
+        {{"-p", "5"}, badFormat},
+        {{"-p", R"({"ID":708})"}, "Unable to send TEST EVENT as json string is incomplete"},
+        {{"-p", eventJson("383")},
+         "Failed to send TEST EVENT as json string is incomplete. PhysicalLocation is missing"},
+        {{"-p", eventJson("678", R"(,"PhysicalLocation":"x")")}, notRunning},
+        {{"-p", eventJson("1150")}, notRunning},
+        {{"-p", exact}, ""},
+        {{"-p", over}, "Failed to process JSON payload! Error = (Too large)"},
+        {{"-f", "/tmp/exact.json"}, ""},
+        {{"-f", "/tmp/fc.json"}, ""},
+        {{"-f", "/tmp/over.json"}, "Failed to process JSON file! Error = (Too large), filename = /tmp/over.json"},
+        {{"-f", "/tmp/none.json"}, "Failed to open JSON file!, filename = /tmp/none.json"},
+    });
     const auto all = packets();
     ASSERT_EQ(all.size(), 5u);
     EXPECT_EQ(messageTypeOf(all[0]), 0x0100);

@@ -35,7 +35,9 @@ TEST_F(CliFixture, ScanFailuresAndUsageNeedNoService) {
         {{"--test-event"}, 1, "", "zuvCli Error: Option 116 requires an argument\n"},
         {{"-h", "-x"}, 1, kFullUsage, "zuvCli Error: Option 120 invalid: ignored\n"},
         {{"-j", "   "}, 1, "", "zuvCli Error: Inventory JSON file name cannot be empty\n"},
-        {{"-t", "708", "-l", "ABC"}, 1, "",
+        {{"-t", "708", "-l", "ABC"},
+         1,
+         "",
          "zuvCli Error: Invalid physical location. Physical location must be of 16 characters.\n"},
         {{"-l", "ABCDEFGHIJKLMNOP", "-t", "708"}, 1, "", "zuvCli Error: Option '-l' should follow option '-t'.\n"},
     };
@@ -102,7 +104,8 @@ TEST_F(CliFixture, ResultCodesChooseThePrintedLineAndStatusStaysZero) {
     };
     const Case cases[] = {
         {"0x0103=-1", {"-j", "a.json"}, "ZUVCli: Unable to save ZUV inventory to given file. Inventory not ready.\n"},
-        {"0x0103=-2", {"-j", "a.json"},
+        {"0x0103=-2",
+         {"-j", "a.json"},
          "ZUVCli: Unable to save ZUV inventory to given file. Unable to open file for writing.\n"},
         {"0x0103=7", {"-j", "a.json"}, "ZUVCli: Unable to save ZUV inventory to given file.\n"},
         {"0x0102=5", {"-t", "708"}, kNotSent},
@@ -197,8 +200,8 @@ TEST_F(CliFixture, StoreAndChannelLinesReachSyslog) {
     EXPECT_TRUE(has("ZUV_DEBUG_LOG_ENABLE 5-1-1"));  // JSON type 5 is bool
     bool sawPipeCreation = false;
     for (const auto& m : messages) {
-        if (m.rfind("[DEBUG]   ", 0) == 0 && m.find(" ZUV_MSGINFRA: Creation of Pipe /var/run/kelzuvcli") !=
-                                                    std::string::npos && m.back() == '\n')
+        if (m.rfind("[DEBUG]   ", 0) == 0 &&
+            m.find(" ZUV_MSGINFRA: Creation of Pipe /var/run/kelzuvcli") != std::string::npos && m.back() == '\n')
             sawPipeCreation = true;
     }
     EXPECT_TRUE(sawPipeCreation);

@@ -18,23 +18,25 @@ namespace {
 std::string gettersOver(const std::string& json) {
     zuvtest::writeConfig(json);
     return zuvtest::inChild([] {
-        const zuvConfig& c = zuvConfig::getInstance();
-        std::ostringstream s;
-        s << "mode=" << c.getCliMode() << " push=" << c.getPushInventoryFrequencyInMinutes()
-          << " level=" << c.getLoggingLevel() << " db=" << c.getIPMIDBSleepInterval()
-          << " stack=" << c.getCaptureUnhandledExceptionStack() << " sim=" << c.getSimulateUnhandledException()
-          << " mega=" << c.getForwardAllMegaRAIDCriticalOrHigherEvents()
-          << " smart=" << c.getForwardAllSmartRAIDDegradedOrHigherEvents()
-          << " inv=" << c.getInventoryQueryIntervalInSeconds() << " i2c=" << c.getI2CBusReleaseReserveGapInMilliSeconds()
-          << " nvr=" << c.getNVMeBusyRetryCount() << " nvw=" << c.getNVMeBusyWaitIntervalInMilliSeconds()
-          << " stats=" << c.getLogResourceManagerStatistics() << " mq=" << c.getMicrochipEventQueueIndex()
-          << " hm=" << c.getHealthMonitorFlags() << " pcie=" << c.getEnablePCIeRegistersDataCollection()
-          << " link=" << c.getEnablePCIeLinkStatusMonitoring() << " tpm=" << c.getTPMMonitoring()
-          << " sys=" << c.getSyslogFileLocation() << " dbg=" << c.getDebugLogLocation()
-          << " log=" << c.getLogLocation() << " refresh=" << c.getCacheRefreshInSeconds("Foo")
-          << " tel=" << c.getTelemetry().isNull() << " err=" << c.getParseError().failed;
-        return s.str();
-    }).text;
+               const zuvConfig& c = zuvConfig::getInstance();
+               std::ostringstream s;
+               s << "mode=" << c.getCliMode() << " push=" << c.getPushInventoryFrequencyInMinutes()
+                 << " level=" << c.getLoggingLevel() << " db=" << c.getIPMIDBSleepInterval()
+                 << " stack=" << c.getCaptureUnhandledExceptionStack() << " sim=" << c.getSimulateUnhandledException()
+                 << " mega=" << c.getForwardAllMegaRAIDCriticalOrHigherEvents()
+                 << " smart=" << c.getForwardAllSmartRAIDDegradedOrHigherEvents()
+                 << " inv=" << c.getInventoryQueryIntervalInSeconds()
+                 << " i2c=" << c.getI2CBusReleaseReserveGapInMilliSeconds() << " nvr=" << c.getNVMeBusyRetryCount()
+                 << " nvw=" << c.getNVMeBusyWaitIntervalInMilliSeconds()
+                 << " stats=" << c.getLogResourceManagerStatistics() << " mq=" << c.getMicrochipEventQueueIndex()
+                 << " hm=" << c.getHealthMonitorFlags() << " pcie=" << c.getEnablePCIeRegistersDataCollection()
+                 << " link=" << c.getEnablePCIeLinkStatusMonitoring() << " tpm=" << c.getTPMMonitoring()
+                 << " sys=" << c.getSyslogFileLocation() << " dbg=" << c.getDebugLogLocation()
+                 << " log=" << c.getLogLocation() << " refresh=" << c.getCacheRefreshInSeconds("Foo")
+                 << " tel=" << c.getTelemetry().isNull() << " err=" << c.getParseError().failed;
+               return s.str();
+           })
+        .text;
 }
 
 const std::string kDefaults =
@@ -43,9 +45,8 @@ const std::string kDefaults =
 
 TEST(ConfigStore, GettersGiveDefaultsForMissingOrMistypedKeys) {
     // Documents that parse but say nothing, or hold values of the wrong types, give every default.
-    for (const std::string json :
-         {R"({"a":1,"b":2})",
-          R"({"CliMode":5,"IPMIDBSleepInterval":"10","EnableDebugLog":"yes","ZUVLogLocation":7,
+    for (const std::string json : {R"({"a":1,"b":2})",
+                                   R"({"CliMode":5,"IPMIDBSleepInterval":"10","EnableDebugLog":"yes","ZUVLogLocation":7,
               "DebugLogLocation":[],"HostOsServices":{"TPMMonitoring":"no"},"StorageControllers":{"VROC":3},
               "PushInventoryFrequencyInMinutes":2.5,"LoggingLevel":false})"}) {
         EXPECT_EQ(gettersOver(json), kDefaults) << json;
@@ -76,7 +77,7 @@ TEST(ConfigStore, CacheRefreshFallsBackToGlobalThenThirty) {
     const Case cases[] = {
         {R"({"Global":60})", "Any", 60}, {R"({"Global":60,"Foo":5})", "Foo", 5},
         {R"({"Foo":"abc"})", "Foo", 30}, {R"({})", "Foo", 30},
-        {R"({"Foo":7.9})", "Foo", 7},     {R"(5)", "Foo", 30},
+        {R"({"Foo":7.9})", "Foo", 7},    {R"(5)", "Foo", 30},
     };
     for (const Case& c : cases) {
         zuvtest::writeConfig(R"({"a":1,"CacheRefreshInSeconds":)" + c.section + "}");
@@ -179,11 +180,9 @@ TEST(ConfigStore, DebugLogFlagIsReportedWithItsJsonType) {
         std::string result;
     };
     const Case cases[] = {
-        {"true", "ZUV_DEBUG_LOG_ENABLE 5-1-1", "1"},
-        {"false", "ZUV_DEBUG_LOG_ENABLE 5-1-0", "0"},
-        {"1", "ZUV_DEBUG_LOG_ENABLE 1-0-1", "0"},  // converts to true but is no bool
-        {"null", "ZUV_DEBUG_LOG_ENABLE 0-0-0", "0"},
-        {R"("yes")", "", "0"},  // can't be converted: no line
+        {"true", "ZUV_DEBUG_LOG_ENABLE 5-1-1", "1"}, {"false", "ZUV_DEBUG_LOG_ENABLE 5-1-0", "0"},
+        {"1", "ZUV_DEBUG_LOG_ENABLE 1-0-1", "0"},                            // converts to true but is no bool
+        {"null", "ZUV_DEBUG_LOG_ENABLE 0-0-0", "0"}, {R"("yes")", "", "0"},  // can't be converted: no line
     };
     for (const Case& c : cases) {
         zuvtest::writeConfig(R"({"a":1,"EnableDebugLog":)" + c.value + "}");

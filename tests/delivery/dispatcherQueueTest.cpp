@@ -32,7 +32,12 @@ std::vector<int> runOrder(const std::vector<int>& priorities) {
     Gate gate;
     Recorder started;
     Recorder ran;
-    queue.dispatch([&] { started.record(0); gate.wait(); }, 100);
+    queue.dispatch(
+        [&] {
+            started.record(0);
+            gate.wait();
+        },
+        100);
     started.waitFor(1);
     for (size_t i = 0; i < priorities.size(); ++i) {
         int number = int(i) + 1;
@@ -78,12 +83,8 @@ TEST_F(DispatcherQueueTest, TasksRunByPriorityAndEqualPrioritiesInHeapOrder) {
         std::vector<int> priorities;
         std::vector<int> expected;
     } cases[] = {
-        {{0, 1, 3, 2, 3}, {3, 5, 4, 2, 1}},
-        {{5, 5, 5}, {1, 2, 3}},
-        {{5, 5, 5, 5}, {1, 3, 2, 4}},
-        {{5, 5, 5, 5, 5}, {1, 3, 5, 2, 4}},
-        {{-1, 0, -7, 2}, {4, 2, 1, 3}},
-        {{0, 1, 2, 3}, {4, 3, 2, 1}},
+        {{0, 1, 3, 2, 3}, {3, 5, 4, 2, 1}}, {{5, 5, 5}, {1, 2, 3}},         {{5, 5, 5, 5}, {1, 3, 2, 4}},
+        {{5, 5, 5, 5, 5}, {1, 3, 5, 2, 4}}, {{-1, 0, -7, 2}, {4, 2, 1, 3}}, {{0, 1, 2, 3}, {4, 3, 2, 1}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.priorities));
@@ -115,7 +116,13 @@ TEST_F(DispatcherQueueTest, CleanupDropsQueuedTasksButNotTheRunningOne) {
     Gate gate;
     Recorder ran;
     auto captured = std::make_shared<int>(0);
-    queue.dispatch([&] { ran.record(1); gate.wait(); ran.record(2); }, 0);
+    queue.dispatch(
+        [&] {
+            ran.record(1);
+            gate.wait();
+            ran.record(2);
+        },
+        0);
     ran.waitFor(1);
     queue.dispatch([&ran, captured] { ran.record(99); }, 5);
     queue.dispatch([&ran, captured] { ran.record(98); }, 0);
@@ -137,7 +144,13 @@ TEST_F(DispatcherQueueTest, DestructionFinishesTheRunningTaskAndDropsTheQueued) 
     Gate gate;
     Recorder ran;
     auto captured = std::make_shared<int>(0);
-    queue->dispatch([&] { ran.record(1); gate.wait(); ran.record(2); }, 0);
+    queue->dispatch(
+        [&] {
+            ran.record(1);
+            gate.wait();
+            ran.record(2);
+        },
+        0);
     ran.waitFor(1);
     for (int i = 0; i < 3; ++i) queue->dispatch([&ran, captured] { ran.record(99); }, 9);
 
@@ -189,7 +202,12 @@ TEST_F(DispatcherQueueTest, StopLetsNoFurtherTaskStart) {
     Recorder ran;
     {
         zuvPriorityDispatcherQueue queue("stopped busy", 1);
-        queue.dispatch([&] { ran.record(1); gate.wait(); }, 0);
+        queue.dispatch(
+            [&] {
+                ran.record(1);
+                gate.wait();
+            },
+            0);
         ran.waitFor(1);
         queue.dispatch([&] { ran.record(2); }, 0);
         queue.stop();
@@ -205,9 +223,8 @@ TEST_F(DispatcherQueueTest, LogLinesOfOneTask) {
         Recorder ran;
         queue.dispatch([&] { ran.record(1); }, 0);
         ran.waitFor(1);
-        deliverytest::waitUntil([] {
-            return deliverytest::logHolds(deliverytest::kDebugLog, "Task execution completed. Size: 0");
-        });
+        deliverytest::waitUntil(
+            [] { return deliverytest::logHolds(deliverytest::kDebugLog, "Task execution completed. Size: 0"); });
     }
     EXPECT_EQ(deliverytest::messages(deliverytest::kMainLog, "P_DISPATCH_Q"),
               (std::vector<std::string>{"Creating dispatch queue: ZUV - Test Queue", "Dispatch threads: 1",
@@ -230,7 +247,12 @@ TEST_F(DispatcherQueueTest, ManyProducersAndWorkersRunEveryTaskOnce) {
             producers.emplace_back([&, p] {
                 for (int i = 0; i < kTasksEach; ++i) {
                     int index = p * kTasksEach + i;
-                    queue.dispatch([&runs, &done, index] { ++runs[size_t(index)]; done.record(index); }, i % 5);
+                    queue.dispatch(
+                        [&runs, &done, index] {
+                            ++runs[size_t(index)];
+                            done.record(index);
+                        },
+                        i % 5);
                 }
             });
         }

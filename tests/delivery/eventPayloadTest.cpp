@@ -65,13 +65,12 @@ TEST_F(EventPayloadTest, ExampleEventIsWrittenByteForByte) {
               "{\"EventTime\":\"2026-11-18T10:36:45Z\",\"HostName\":\"esx01\",\"ID\":708,"
               "\"IPv4Addresses\":[{\"Address\":\"192.0.2.10\"}],\"OSType\":104,\"OSVersion\":\"7.0.3\","
               "\"PhysicalLocation\":\"Slot 3 Port 1\",\"Source\":\"NVMe\",\"VariableData\":{\"Code\":1}}");
-    EXPECT_EQ(deliverytest::messages(deliverytest::kDebugLog, "ZUV_COM_MANAGER"),
-              (std::vector<std::string>{
-                  "Populate Event Payload - Start",
-                  "zuvInBandComManager: initialize Msg header [IP Address = 192.0.2.10]",
-                  "zuvInBandComManager: initialize Msg [phyloc = Slot 3 Port 1]",
-                  "zuvInBandComManager: Set variable data", "Populate Event Payload - Finished",
-                  "Transform Event obj to String"}));
+    EXPECT_EQ(
+        deliverytest::messages(deliverytest::kDebugLog, "ZUV_COM_MANAGER"),
+        (std::vector<std::string>{
+            "Populate Event Payload - Start", "zuvInBandComManager: initialize Msg header [IP Address = 192.0.2.10]",
+            "zuvInBandComManager: initialize Msg [phyloc = Slot 3 Port 1]", "zuvInBandComManager: Set variable data",
+            "Populate Event Payload - Finished", "Transform Event obj to String"}));
 }
 
 TEST_F(EventPayloadTest, OnlyRealLocationsAreWritten) {
@@ -79,9 +78,16 @@ TEST_F(EventPayloadTest, OnlyRealLocationsAreWritten) {
         std::string location;
         bool written;
     } cases[] = {
-        {"Not Applicable", false}, {"Not Available", false}, {"NotApplicable", false}, {"NotAvailable", false},
-        {"", false},               {"not available", true},  {"NotAvailable ", true},  {" Not Applicable", true},
-        {"N/A", true},             {"Slot 1", true},
+        {"Not Applicable", false},
+        {"Not Available", false},
+        {"NotApplicable", false},
+        {"NotAvailable", false},
+        {"", false},
+        {"not available", true},
+        {"NotAvailable ", true},
+        {" Not Applicable", true},
+        {"N/A", true},
+        {"Slot 1", true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.location);
@@ -125,8 +131,9 @@ TEST_F(EventPayloadTest, VariableDataIsCopiedUnlessNull) {
 TEST_F(EventPayloadTest, HeaderAndEventFieldsAsGiven) {
     zuvEvent empty;
     zuvMsgHeader noHeader;
-    EXPECT_EQ(render(empty, noHeader), "{\"EventTime\":\"\",\"HostName\":\"\",\"ID\":0,\"OSType\":0,"
-                                        "\"OSVersion\":\"\",\"Source\":\"\"}");
+    EXPECT_EQ(render(empty, noHeader),
+              "{\"EventTime\":\"\",\"HostName\":\"\",\"ID\":0,\"OSType\":0,"
+              "\"OSVersion\":\"\",\"Source\":\"\"}");
     Json::Value parsed;
     EXPECT_FALSE(passesClientCheck(render(empty, noHeader), &parsed)) << "no address, no IPv4Addresses";
 
@@ -144,8 +151,8 @@ TEST_F(EventPayloadTest, AnyEventWithAnAddressPassesTheClientCheckAndRoundTrips)
     std::mt19937 random(42);
     auto randomText = [&random](size_t maxLength) {
         // Whole characters only: the JSON writer takes strings as UTF-8.
-        static const std::vector<std::string> pool = {"a", "Z", "0", " ", "_", ":", "/", "\"", "\\", "{", "}",
-                                                      "[", ",", "\n", "\t", "\r", "\x01", "\x7f", "\xc3\xa9"};
+        static const std::vector<std::string> pool = {"a", "Z", "0", " ",  "_",  ":",  "/",    "\"",   "\\",      "{",
+                                                      "}", "[", ",", "\n", "\t", "\r", "\x01", "\x7f", "\xc3\xa9"};
         std::string text;
         size_t length = random() % (maxLength + 1);
         for (size_t i = 0; i < length; ++i) text += pool[random() % pool.size()];

@@ -108,15 +108,14 @@ TEST_F(ManagerTest, QueuedWorkRunsEventInventoryUtilizationThenAppTelemetry) {
         EXPECT_TRUE(commands[i].complete);
         EXPECT_TRUE(commands[i].faults.empty()) << ::testing::PrintToString(commands[i].faults);
     }
-    EXPECT_EQ(debugLines, (std::vector<std::string>{"Submit the Application Telemetry to Dispatcher",
-                                                    "Submit the Utilization Payload to the Dispatcher",
-                                                    "Submit the Inventory to Dispatcher",
-                                                    "Populate Event Payload - Start",
-                                                    "zuvInBandComManager: initialize Msg header [IP Address = 192.0.2.10]",
-                                                    "zuvInBandComManager: initialize Msg [phyloc = Slot 3 Port 1]",
-                                                    "zuvInBandComManager: Set variable data",
-                                                    "Populate Event Payload - Finished",
-                                                    "Transform Event obj to String", "Submit the Event to Dispatcher"}));
+    EXPECT_EQ(
+        debugLines,
+        (std::vector<std::string>{
+            "Submit the Application Telemetry to Dispatcher", "Submit the Utilization Payload to the Dispatcher",
+            "Submit the Inventory to Dispatcher", "Populate Event Payload - Start",
+            "zuvInBandComManager: initialize Msg header [IP Address = 192.0.2.10]",
+            "zuvInBandComManager: initialize Msg [phyloc = Slot 3 Port 1]", "zuvInBandComManager: Set variable data",
+            "Populate Event Payload - Finished", "Transform Event obj to String", "Submit the Event to Dispatcher"}));
     EXPECT_EQ(infoLines, (std::vector<std::string>{"Sending event through selected protocol - EventId [835]",
                                                    "Sent - Successful"}));
 }
@@ -151,11 +150,12 @@ TEST_F(ManagerTest, FailedTransfersAndFaultyCallbacksLeaveTheWorkerServing) {
     EXPECT_EQ(std::vector<int>(values.begin() + 3, values.end()), (std::vector<int>{50, 49, 60}));
 
     std::vector<std::string> texts;
-    for (const deliverytest::ReceivedCommand& command : received()) texts.push_back(command.name + " " + command.text());
-    EXPECT_EQ(texts, (std::vector<std::string>{"WriteTelemetry {\"after\":\"dead\"}",
-                                               "WriteInventory {\"inventory\":true}",
-                                               "WriteAppTelemetry {\"after\":\"inventory\"}", "WriteTelemetry {}",
-                                               "WriteTelemetry {}", "WriteAppTelemetry {\"last\":1}"}));
+    for (const deliverytest::ReceivedCommand& command : received())
+        texts.push_back(command.name + " " + command.text());
+    EXPECT_EQ(texts,
+              (std::vector<std::string>{"WriteTelemetry {\"after\":\"dead\"}", "WriteInventory {\"inventory\":true}",
+                                        "WriteAppTelemetry {\"after\":\"inventory\"}", "WriteTelemetry {}",
+                                        "WriteTelemetry {}", "WriteAppTelemetry {\"last\":1}"}));
 }
 
 TEST_F(ManagerTest, CleanupDropsQueuedWorkWithoutCallingBack) {
@@ -183,10 +183,14 @@ TEST_F(ManagerTest, DoorbellQuestionsBypassTheBusyQueue) {
         bool failPoll;
         bool expected;
     } cases[] = {
-        {0x82, {1, 0, 0, 0, 7}, false, true},  {0x82, {2, 0, 0, 0, 0}, false, false},
-        {0x82, {0, 0, 0, 0, 0}, false, false}, {0x82, {1, 0, 0, 0, 0}, true, false},
-        {0x83, {1, 0}, false, true},           {0x83, {2, 0}, false, false},
-        {0x83, {}, false, false},              {0x83, {1, 0}, true, false},
+        {0x82, {1, 0, 0, 0, 7}, false, true},
+        {0x82, {2, 0, 0, 0, 0}, false, false},
+        {0x82, {0, 0, 0, 0, 0}, false, false},
+        {0x82, {1, 0, 0, 0, 0}, true, false},
+        {0x83, {1, 0}, false, true},
+        {0x83, {2, 0}, false, false},
+        {0x83, {}, false, false},
+        {0x83, {1, 0}, true, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.body));
@@ -233,7 +237,8 @@ TEST_F(ManagerTest, HeaderChangesReachLaterEvents) {
     Recorder results;
     manager->initializeMsgHeader(zuvMsgHeader{"esx02", "8.0.1", 105, ""});
     EXPECT_TRUE(deliverytest::logHolds(
-        kDebugLog, "zuvInBandComManager: initialize Msg header [HostName = esx02], [OSVersion = 8.0.1], [OSType = 105]"));
+        kDebugLog,
+        "zuvInBandComManager: initialize Msg header [HostName = esx02], [OSVersion = 8.0.1], [OSType = 105]"));
     manager->sendEvent(sampleEvent(356, "HostOS"), recordInto(results, 1));
     results.waitFor(1);
     std::vector<deliverytest::ReceivedCommand> commands = received();

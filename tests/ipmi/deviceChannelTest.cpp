@@ -38,7 +38,12 @@ TEST_F(IpmiTest, TransferFillsTheKernelRecordsForEveryRequestShape) {
     };
     const std::vector<Case> cases = {
         {0x06, 0x01, 0, {}, 15, "Transfer data through IPMI: rq [0 06 01 00]; rp [15]"},
-        {0x0A, 0x23, 3, {0x34, 0x12, 0x78, 0x56, 0x05, 0x10}, 257, "Transfer data through IPMI: rq [6 0a 23 03]; rp [257]"},
+        {0x0A,
+         0x23,
+         3,
+         {0x34, 0x12, 0x78, 0x56, 0x05, 0x10},
+         257,
+         "Transfer data through IPMI: rq [6 0a 23 03]; rp [257]"},
         {0x3A, 0x80, 0, std::vector<uint8_t>(60, 0xA5), 4, "Transfer data through IPMI: rq [60 3a 80 00]; rp [4]"},
     };
     auto service = makeService();
@@ -92,7 +97,11 @@ TEST_F(IpmiTest, ResponseIsCutToCapacityAndShortOrEmptyAnswersKeepWhatTheCallerS
         {"shorter", 8, {0xC1, body(3)}, 3, 0xC1, "  Read IPMI Ack: size 4, rs 8, dl 4"},
         {"completion code alone", 8, {0xD5, {}}, 0, 0xD5, "  Read IPMI Ack: size 1, rs 8, dl 1"},
         {"nothing at all", 8, {0x00, {}, true}, 8, 0x77, "  Read IPMI Ack: size 0, rs 8, dl 0"},
-        {"the largest answer the buffer takes", 300, {0x00, body(271)}, 271, 0x00,
+        {"the largest answer the buffer takes",
+         300,
+         {0x00, body(271)},
+         271,
+         0x00,
          "  Read IPMI Ack: size 272, rs 300, dl 272"},
     };
     auto service = makeService();
@@ -130,7 +139,9 @@ TEST_F(IpmiTest, EveryFailedStepRaisesAPlainExceptionAndFreesTheChannel) {
         {"not readable", Step::SelectNotReady, {}, {"IPMI exec failed std::exception"}},
         {"receive", Step::Receive, {}, {"  Unable to read acknowlegement : 1", "IPMI exec failed std::exception"}},
         // An answer longer than the kernel's 272-byte buffer makes the truncating receive fail.
-        {"answer beyond the kernel buffer", Step::Open, {0x00, std::vector<uint8_t>(300, 1)},
+        {"answer beyond the kernel buffer",
+         Step::Open,
+         {0x00, std::vector<uint8_t>(300, 1)},
          {"  Unable to read acknowlegement : 1", "IPMI exec failed std::exception"}},
     };
     auto service = makeService();

@@ -32,17 +32,33 @@ TEST_F(IpmiTest, DoorBellResultDependsOnKindAndAnswer) {
         {"inventory, text around", DoorBellInventory, {0, bytesOf("cmd=WriteInventory;now")}, 1, {}, ""},
         {"inventory, other word", DoorBellInventory, {0, bytesOf("WriteInventor")}, 0, {}, ""},
         {"inventory, nothing", DoorBellInventory, {0, {}}, 0, {}, "Received doorbell string ()"},
-        {"inventory, full buffer", DoorBellInventory, {0, fullInventoryAnswer()}, 1, {},
+        {"inventory, full buffer",
+         DoorBellInventory,
+         {0, fullInventoryAnswer()},
+         1,
+         {},
          "Received doorbell string (" + full + ")"},
         {"inventory, code ignored", DoorBellInventory, {0xC1, bytesOf("WriteInventory")}, 1, {}, ""},
-        {"telemetry rung", DoorBellTelemetry, {0, {1, 0, 0, 0, 7}}, 1, {},
+        {"telemetry rung",
+         DoorBellTelemetry,
+         {0, {1, 0, 0, 0, 7}},
+         1,
+         {},
          "Received Telemetry doorbell string (\x01) cmd (1), cmd_level(7)"},
         {"telemetry idle", DoorBellTelemetry, {0, {0, 0, 0, 0, 3}}, 2, {}, ""},
         {"telemetry empty", DoorBellTelemetry, {0, {}}, 2, {}, ""},
-        {"telemetry unsupported", DoorBellTelemetry, {0, {2, 0, 0, 0, 7}}, 2,
-         {"Received Unsupported telemetry doorbell string (\x02) cmd (2), cmd_level(7)"}, ""},
-        {"telemetry high byte", DoorBellTelemetry, {0, {0, 1, 0, 0, 0}}, 2,
-         {"Received Unsupported telemetry doorbell string () cmd (256), cmd_level(0)"}, ""},
+        {"telemetry unsupported",
+         DoorBellTelemetry,
+         {0, {2, 0, 0, 0, 7}},
+         2,
+         {"Received Unsupported telemetry doorbell string (\x02) cmd (2), cmd_level(7)"},
+         ""},
+        {"telemetry high byte",
+         DoorBellTelemetry,
+         {0, {0, 1, 0, 0, 0}},
+         2,
+         {"Received Unsupported telemetry doorbell string () cmd (256), cmd_level(0)"},
+         ""},
         {"IOFWU requested", DoorBellIOFWU, {0, {1, 0}}, 1, {}, "IOFWU doorbell string (1) (0) "},
         {"IOFWU other value", DoorBellIOFWU, {0, {2, 9}}, 2, {}, "IOFWU doorbell string (2) (9) "},
         {"IOFWU top value", DoorBellIOFWU, {0, {255}}, 255, {}, ""},
@@ -78,7 +94,8 @@ TEST_F(IpmiTest, UnknownDoorBellKindMakesNoTransfer) {
         log.mark();
         EXPECT_EQ(service->checkDoorBell(kind), 0);
         EXPECT_TRUE(device.sent().empty());
-        EXPECT_EQ(log.messages("WARNING"), std::vector<std::string>{"Invalid Doorbell request [" + std::to_string(kind) + "]"});
+        EXPECT_EQ(log.messages("WARNING"),
+                  std::vector<std::string>{"Invalid Doorbell request [" + std::to_string(kind) + "]"});
         EXPECT_TRUE(log.has("DEBUG", "Received doorbell string ()"));
     }
 }
@@ -89,8 +106,9 @@ TEST_F(IpmiTest, FailedDoorBellPollLooksLikeNothingToReport) {
         for (Step step : {Step::Send, Step::Select, Step::SelectNotReady, Step::Receive}) {
             SCOPED_TRACE(std::to_string(kind) + "/" + std::to_string(static_cast<int>(step)));
             log.mark();
-            rmc.setDoorBell(static_cast<uint8_t>(0x80 + kind),
-                            kind == DoorBellInventory ? bytesOf("WriteInventory") : std::vector<uint8_t>{1, 0, 0, 0, 0});
+            rmc.setDoorBell(static_cast<uint8_t>(0x80 + kind), kind == DoorBellInventory
+                                                                   ? bytesOf("WriteInventory")
+                                                                   : std::vector<uint8_t>{1, 0, 0, 0, 0});
             device.failNext(step);
             EXPECT_EQ(service->checkDoorBell(kind), 0);
             EXPECT_TRUE(log.has("ERROR", "An error occurred in checking RMC request via IPMI"));

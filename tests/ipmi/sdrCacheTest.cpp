@@ -28,8 +28,7 @@ std::vector<uint8_t> asCached(std::vector<uint8_t> bytes) {
 
 std::vector<std::vector<uint8_t>> cachedRecords(SDRRepositoryCache& cache) {
     std::vector<std::vector<uint8_t>> all;
-    for (auto it = cache.begin(); it != cache.end(); ++it)
-        all.emplace_back(it->bytes, it->bytes + sizeof it->bytes);
+    for (auto it = cache.begin(); it != cache.end(); ++it) all.emplace_back(it->bytes, it->bytes + sizeof it->bytes);
     return all;
 }
 
@@ -168,8 +167,8 @@ TEST_F(IpmiTest, CancelledReservationRereadsTheRecordFromItsStart) {
     std::snprintf(line, sizeof line,
                   "Reservation cancelled/invalidated when reading SDR [6] @ [0x%04x]! Retrying reservation.", seventh);
     EXPECT_TRUE(log.has("DEBUG", line)) << line;
-    std::snprintf(line, sizeof line, "Failed to retrieve SDR [0x%04x] @ offset [0x15]: (IPMI command failed with: [197])!",
-                  seventh);
+    std::snprintf(line, sizeof line,
+                  "Failed to retrieve SDR [0x%04x] @ offset [0x15]: (IPMI command failed with: [197])!", seventh);
     EXPECT_TRUE(log.has("DEBUG", line)) << line;
     EXPECT_TRUE(log.has("DEBUG", "Reservation ID: [0x0002]"));
     EXPECT_EQ(rmc.countOf(0x0A, 0x22), 2u);
@@ -206,15 +205,21 @@ TEST_F(IpmiTest, FailuresLeaveAFinalPartialCache) {
     };
     const std::vector<Case> cases = {
         {"info refused",
-         [](zuvsim::SimulatedRmc& r) { r.pushResponse(0x0A, 0x20, {0xC1, {}}); },
+         [](zuvsim::SimulatedRmc& r) {
+             r.pushResponse(0x0A, 0x20, {0xC1, {}});
+         },
          0,
          {"Failed to build SDR Repository cache: (IPMI command failed with: [193])!"}},
         {"info short",
-         [](zuvsim::SimulatedRmc& r) { r.pushResponse(0x0A, 0x20, {0x00, {0x51, 6}}); },
+         [](zuvsim::SimulatedRmc& r) {
+             r.pushResponse(0x0A, 0x20, {0x00, {0x51, 6}});
+         },
          0,
          {"Failed to build SDR Repository cache: (Incorrect response data size for Get SDR Repository Info!)!"}},
         {"reservation refused",
-         [](zuvsim::SimulatedRmc& r) { r.pushResponse(0x0A, 0x22, {0xC1, {}}); },
+         [](zuvsim::SimulatedRmc& r) {
+             r.pushResponse(0x0A, 0x22, {0xC1, {}});
+         },
          0,
          {"Failed to build SDR Repository cache: (IPMI command failed with: [193])!"}},
         {"second reservation refused",

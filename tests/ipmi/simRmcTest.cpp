@@ -44,8 +44,7 @@ TEST(SimulatedRmcTest, BlockProtocolFaultsAreRecordedAndAnswered) {
     std::string nameless(20, 'N');
     const std::vector<Case> cases = {
         {"well formed", firstBlock("Cmd", 40, a33), true, std::string(6, 'b') + '\0', 0, ""},
-        {"index not echoed", firstBlock("Cmd", 40, a33), false, std::string(6, 'b') + '\0', 3,
-         "block 2 carries index"},
+        {"index not echoed", firstBlock("Cmd", 40, a33), false, std::string(6, 'b') + '\0', 3, "block 2 carries index"},
         {"no terminating NUL", firstBlock("Cmd", 40, a33), true, std::string(7, 'b'), 0,
          "argument without terminating NUL"},
         {"first block with an index", firstBlock("Cmd", 40, a33, 9), true, std::string(6, 'b') + '\0', 0,
@@ -94,9 +93,9 @@ TEST(SimulatedRmcTest, RepositoryChecksReservationAndFollowsRecordIds) {
     const zuvsim::Response reservation = rmc.handle(0x0A, 0x22, {});
     const uint16_t id = static_cast<uint16_t>(reservation.body[0] | reservation.body[1] << 8);
     const zuvsim::Response header = getSdr(id, 0, 0, 5);
-    EXPECT_EQ(header.body, (std::vector<uint8_t>{static_cast<uint8_t>(second), static_cast<uint8_t>(second >> 8),
-                                                 static_cast<uint8_t>(first), static_cast<uint8_t>(first >> 8), 0x51,
-                                                 0x01, 3}));
+    EXPECT_EQ(header.body,
+              (std::vector<uint8_t>{static_cast<uint8_t>(second), static_cast<uint8_t>(second >> 8),
+                                    static_cast<uint8_t>(first), static_cast<uint8_t>(first >> 8), 0x51, 0x01, 3}));
     EXPECT_EQ(getSdr(id, second, 0, 5).body[0], 0xFF) << "the last record points at the end mark";
     EXPECT_EQ(getSdr(id, 0x7777, 0, 5).completionCode, 0xCB);
     rmc.cancelReservationAt(0, 5);

@@ -54,19 +54,50 @@ TEST_F(IpmiTest, SimpleCommandsTestTheCompletionCodeBeforeTheSize) {
         const char* name;
         zuvsim::Response (*make)(size_t expected);
         Outcome outcome;
-        int code;  // for CodeFailure
+        int code;          // for CodeFailure
         int sizeReceived;  // for SizeFailure
     };
     const std::vector<Answer> answers = {
-        {"exact", [](size_t n) { return zuvsim::Response{0, counting(n)}; }, Outcome::Ok, 0, 0},
-        {"longer, cut", [](size_t n) { return zuvsim::Response{0, counting(n + 5)}; }, Outcome::Ok, 0, 0},
-        {"one short", [](size_t n) { return zuvsim::Response{0, counting(n - 1)}; }, Outcome::SizeFailure, 0, -1},
-        {"code alone", [](size_t) { return zuvsim::Response{0, {}}; }, Outcome::SizeFailure, 0, 0},
-        {"0xC1", [](size_t n) { return zuvsim::Response{0xC1, counting(n)}; }, Outcome::CodeFailure, 0xC1, 0},
-        {"0xC5 is no reservation failure here", [](size_t n) { return zuvsim::Response{0xC5, counting(n)}; },
+        {"exact",
+         [](size_t n) {
+             return zuvsim::Response{0, counting(n)};
+         },
+         Outcome::Ok, 0, 0},
+        {"longer, cut",
+         [](size_t n) {
+             return zuvsim::Response{0, counting(n + 5)};
+         },
+         Outcome::Ok, 0, 0},
+        {"one short",
+         [](size_t n) {
+             return zuvsim::Response{0, counting(n - 1)};
+         },
+         Outcome::SizeFailure, 0, -1},
+        {"code alone",
+         [](size_t) {
+             return zuvsim::Response{0, {}};
+         },
+         Outcome::SizeFailure, 0, 0},
+        {"0xC1",
+         [](size_t n) {
+             return zuvsim::Response{0xC1, counting(n)};
+         },
+         Outcome::CodeFailure, 0xC1, 0},
+        {"0xC5 is no reservation failure here",
+         [](size_t n) {
+             return zuvsim::Response{0xC5, counting(n)};
+         },
          Outcome::CodeFailure, 0xC5, 0},
-        {"bad code and short", [](size_t) { return zuvsim::Response{0xD5, counting(1)}; }, Outcome::CodeFailure, 0xD5, 0},
-        {"no data at all", [](size_t) { return zuvsim::Response{0, {}, true}; }, Outcome::CodeFailure, 0xFF, 0},
+        {"bad code and short",
+         [](size_t) {
+             return zuvsim::Response{0xD5, counting(1)};
+         },
+         Outcome::CodeFailure, 0xD5, 0},
+        {"no data at all",
+         [](size_t) {
+             return zuvsim::Response{0, {}, true};
+         },
+         Outcome::CodeFailure, 0xFF, 0},
     };
     auto service = makeService();
     for (const Command& command : commands) {
@@ -138,13 +169,19 @@ TEST_F(IpmiTest, GetSdrPassesTheRequestAndReportsByCompletionCode) {
         const char* name;
         zuvsim::Response answer;
         uint16_t capacity;
-        int code;        // -1: no exception
-        bool derived;    // SDRRepositoryReservationNotValidException
+        int code;      // -1: no exception
+        bool derived;  // SDRRepositoryReservationNotValidException
         const char* line;
         uint16_t size;
     };
     const std::vector<Case> cases = {
-        {"record piece", {0, {0x17, 0x00, 1, 2, 3, 4, 5}}, 257, -1, false, "Get SDR - Response Data: [17 00 01 02 03 04 05]", 7},
+        {"record piece",
+         {0, {0x17, 0x00, 1, 2, 3, 4, 5}},
+         257,
+         -1,
+         false,
+         "Get SDR - Response Data: [17 00 01 02 03 04 05]",
+         7},
         {"cut to capacity", {0, counting(40)}, 10, -1, false, nullptr, 10},
         {"nothing but the code", {0, {}}, 257, -1, false, "Get SDR - Response Data: []", 0},
         {"reservation lost", {0xC5, counting(7)}, 257, 0xC5, true, "Get SDR failed due to invalid reservation!", 0},

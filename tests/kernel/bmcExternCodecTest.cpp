@@ -97,8 +97,10 @@ TEST(BmcExternCodec, ResponsesEchoTheRequestAndSumToZero) {
         EXPECT_EQ(corrupt ? 1 : 0, sum);
         // No special byte is left unescaped inside the frame.
         for (size_t i = 0; i + 1 < wire.size(); ++i) {
-            if (wire[i] == 0xAA) ++i;
-            else EXPECT_TRUE(wire[i] != 0xA0 && wire[i] != 0xA1) << i;
+            if (wire[i] == 0xAA)
+                ++i;
+            else
+                EXPECT_TRUE(wire[i] != 0xA0 && wire[i] != 0xA1) << i;
         }
     }
 }

@@ -51,7 +51,9 @@ public:
         return peer >= 0;
     }
 
-    void send(const std::vector<uint8_t>& bytes) { ASSERT_EQ(ssize_t(bytes.size()), write(peer, bytes.data(), bytes.size())); }
+    void send(const std::vector<uint8_t>& bytes) {
+        ASSERT_EQ(ssize_t(bytes.size()), write(peer, bytes.data(), bytes.size()));
+    }
 
     void sendRequest(uint8_t id, uint8_t netFn, uint8_t cmd, const std::vector<uint8_t>& data) {
         send(qemuWireRequest(id, netFn, cmd, data));

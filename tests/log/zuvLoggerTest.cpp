@@ -34,8 +34,8 @@ void logOneOfEach() {
 }
 
 TEST(Logger, LevelTextsAndLineNumbers) {
-    const std::pair<std::string, int> levels[] = {
-        {"Information", 2}, {"Debug", 3}, {"error,info", 4}, {"", 3}, {"WARNING", 3}, {"xINFOx", 2}, {"Error", 4}};
+    const std::pair<std::string, int> levels[] = {{"Information", 2}, {"Debug", 3},  {"error,info", 4}, {"", 3},
+                                                  {"WARNING", 3},     {"xINFOx", 2}, {"Error", 4}};
     for (const auto& level : levels) EXPECT_EQ(zuvLogger::levelOfText(level.first), level.second) << level.first;
     const std::pair<int, std::string> numbers[] = {{7, "007"}, {99, "099"}, {123, "123"}, {12345, "1234"}, {0, "000"}};
     for (const auto& n : numbers) EXPECT_EQ(zuvLogger::renderLineNumber(n.first), n.second);
@@ -45,7 +45,8 @@ TEST(Logger, LevelTextsAndLineNumbers) {
 }
 
 TEST(Logger, FileLinesCarryTimeLevelThreadLineAndTag) {
-    zuvtest::writeConfig(R"({"ZUVLogLocation":"/opt/kelzuv/log/a/zuv.log","DebugLogLocation":"/opt/kelzuv/log/b/dbg.log",
+    zuvtest::writeConfig(
+        R"({"ZUVLogLocation":"/opt/kelzuv/log/a/zuv.log","DebugLogLocation":"/opt/kelzuv/log/b/dbg.log",
                              "EnableDebugLog":true,"LoggingLevel":"Info"})");
     zuvtest::makeDirectories("/opt/kelzuv/tmp");
     const auto result = zuvtest::inChild([] {
@@ -82,8 +83,11 @@ TEST(Logger, LevelDecidesWhatIsWrittenAndWhatIsFormatted) {
         bool debugOn;
         std::string written;  // e w i d
     };
-    const Case cases[] = {{"Error", false, "e"}, {"Warning", false, "ew"}, {"Info", true, "ewid"},
-                          {"Debug", true, "ewd"}, {"error,info", false, "e"}};
+    const Case cases[] = {{"Error", false, "e"},
+                          {"Warning", false, "ew"},
+                          {"Info", true, "ewid"},
+                          {"Debug", true, "ewd"},
+                          {"error,info", false, "e"}};
     for (const Case& c : cases) {
         zuvtest::writeConfig(R"({"ZUVLogLocation":"terminal","DebugLogLocation":"terminal","LoggingLevel":")" +
                              c.level + R"(","EnableDebugLog":)" + (c.debugOn ? "true" : "false") + "}");
@@ -216,7 +220,7 @@ TEST(Logger, DirectoriesOfAPathAreMadeOneByOne) {
     EXPECT_EQ(zuvLogger::createDirectories("/opt/kelzuv/d1/d2/file.log"), 0);
     struct stat st {};
     EXPECT_EQ(stat("/opt/kelzuv/d1/d2", &st), 0);
-    EXPECT_NE(stat("/opt/kelzuv/d1/d2/file.log", &st), 0);  // the last component is the file
+    EXPECT_NE(stat("/opt/kelzuv/d1/d2/file.log", &st), 0);                     // the last component is the file
     EXPECT_EQ(zuvLogger::createDirectories("/opt/kelzuv/d1/d2/file.log"), 0);  // existing ones are fine
     EXPECT_EQ(zuvLogger::createDirectories("nofile"), 0);
     zuvtest::writeFile("/opt/kelzuv/blocker", "");

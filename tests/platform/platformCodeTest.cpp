@@ -28,9 +28,9 @@ TEST_F(PlatformCodeTest, PredicatesCompareTheCachedCode) {
         bool p2, p4, p01, p24, p012, p0124;
     };
     const Case cases[] = {
-        {0, false, false, true, false, true, true},   {1, false, false, true, false, true, true},
-        {2, true, false, false, true, true, true},    {3, false, false, false, false, false, false},
-        {4, false, true, false, true, false, true},   {99, false, false, false, false, false, false},
+        {0, false, false, true, false, true, true},     {1, false, false, true, false, true, true},
+        {2, true, false, false, true, true, true},      {3, false, false, false, false, false, false},
+        {4, false, true, false, true, false, true},     {99, false, false, false, false, false, false},
         {-7, false, false, false, false, false, false},
     };
     for (const Case& c : cases) {
@@ -47,8 +47,13 @@ TEST_F(PlatformCodeTest, PredicatesCompareTheCachedCode) {
 
 TEST_F(PlatformCodeTest, CodeComesFromTheFamilyAndIsKeptOnceKnown) {
     const std::pair<const char*, int32_t> cases[] = {
-        {"PLATFAMILY00001", 0}, {"PLATFAMILY00002", 1}, {"PLATFAMILY00003", 2},
-        {"PLATFAMILY00004", 4}, {"PLATFAMILY00005", -1}, {"platfamily00004", -1}, {"", -1},
+        {"PLATFAMILY00001", 0},
+        {"PLATFAMILY00002", 1},
+        {"PLATFAMILY00003", 2},
+        {"PLATFAMILY00004", 4},
+        {"PLATFAMILY00005", -1},
+        {"platfamily00004", -1},
+        {"", -1},
     };
     for (const auto& [family, code] : cases) {
         storeCachedPlatformCode(-1);

@@ -28,8 +28,8 @@ TEST_F(PlatformServicesTest, ResolverFollowsThePlatformCodeOfTheFamily) {
         bool sph;
     };
     const Case cases[] = {
-        {"PLATFAMILY00004", 4, true},   {"PLATFAMILY00001", 0, false}, {"PLATFAMILY00002", 1, false},
-        {"PLATFAMILY00003", 2, false},  {"SOMETHING ELSE", -1, false},
+        {"PLATFAMILY00004", 4, true},  {"PLATFAMILY00001", 0, false}, {"PLATFAMILY00002", 1, false},
+        {"PLATFAMILY00003", 2, false}, {"SOMETHING ELSE", -1, false},
     };
     for (const Case& c : cases) {
         platformtest::installFamily(c.family);

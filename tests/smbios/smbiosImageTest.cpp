@@ -51,10 +51,10 @@ TEST(SmbiosImage, DmidecodeReadsGeneratedImagesAsBuilt) {
           "UUID: 4c4c4544-0034-3610-804b-b2c04f503332", "Family: PLATFAMILY00003", "Designation: PCIe Slot 7",
           "Bus Address: 0000:5e:01.0", "Reference Designation: NIC.Embedded.1", "Bus Address: 0000:19:02.1",
           "End Of Table"}},
-        {"older layouts", zuvsim::SmbiosImage().addType1(old).addSlot(shortSlot),
+        {"older layouts",
+         zuvsim::SmbiosImage().addType1(old).addSlot(shortSlot),
          {"DMI type 1, 25 bytes", "DMI type 9, 13 bytes", "Designation: PCIe Slot 7"}},
-        {"family chosen by the caller", zuvsim::SmbiosImage().addType1("PLATFAMILY00004"),
-         {"Family: PLATFAMILY00004"}},
+        {"family chosen by the caller", zuvsim::SmbiosImage().addType1("PLATFAMILY00004"), {"Family: PLATFAMILY00004"}},
     };
     for (Case& c : cases) {
         SCOPED_TRACE(c.name);

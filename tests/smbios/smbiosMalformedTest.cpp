@@ -67,7 +67,8 @@ TEST_F(SmbiosTest, DamagedTablesKeepTheStructuresBeforeTheDamage) {
     shortLength.addType1("BEFORE").addRaw({9, 2, 1, 0, 0, 0}).addSlot(zuvsim::SmbiosSlot());
 
     zuvsim::SmbiosImage unclosed;
-    unclosed.addType1("BEFORE").addRaw({9, 17, 1, 0, 1, 0xB6, 0x0D, 4, 4, 1, 0, 4, 1, 0, 0, 0, 0})
+    unclosed.addType1("BEFORE")
+        .addRaw({9, 17, 1, 0, 1, 0xB6, 0x0D, 4, 4, 1, 0, 4, 1, 0, 0, 0, 0})
         .addRaw({'S', 'l', 'o', 't'})
         .withoutEndOfTable();
 

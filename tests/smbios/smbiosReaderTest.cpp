@@ -134,7 +134,10 @@ TEST_F(SmbiosTest, TypesWithoutStructuresOrWithoutRecordLayoutGiveNothing) {
 TEST_F(SmbiosTest, StringNumbersOutsideTheSetAndUnprintableBytes) {
     // A type 2 structure with four strings, outside any held table.
     std::vector<uint8_t> structure = {2, 8, 0, 0, 1, 2, 3, 4};
-    for (const std::string& text : {std::string("plain"), std::string("a\x7f" "b\x80" "c"),
+    for (const std::string& text : {std::string("plain"),
+                                    std::string("a\x7f"
+                                                "b\x80"
+                                                "c"),
                                     std::string("tab\there"), std::string("\x01\xff")}) {
         structure.insert(structure.end(), text.begin(), text.end());
         structure.push_back(0);
@@ -144,8 +147,8 @@ TEST_F(SmbiosTest, StringNumbersOutsideTheSetAndUnprintableBytes) {
     struct Case {
         int index;
         const char* expected;
-    } cases[] = {{0, "Undefined"}, {1, "plain"}, {2, "a.b.c"}, {3, "tab.here"}, {4, ".."}, {5, "Undefined"},
-                 {200, "Undefined"}};
+    } cases[] = {{0, "Undefined"}, {1, "plain"},     {2, "a.b.c"},      {3, "tab.here"},
+                 {4, ".."},        {5, "Undefined"}, {200, "Undefined"}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.index);
         EXPECT_STREQ(smbiosGetString(header, header->length, c.index), c.expected);
@@ -181,7 +184,7 @@ TEST_F(SmbiosTest, UuidIsSwappedOnlyForTheD011Pattern) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.expected);
         uint8_t bytes[16] = {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, c.data3Low, c.data3High,
-                             0x08, 0x09, 0x0a, 0x0b, 0x0c, 0x0d, 0x0e, 0x0f};
+                             0x08, 0x09, 0x0a, 0x0b, 0x0c, 0x0d, 0x0e,       0x0f};
         EXPECT_EQ(smbiosUuidText(bytes), c.expected);
     }
     // Through the table, too.
@@ -303,7 +306,9 @@ TEST_F(SmbiosTest, PrintSlotsWritesEveryFieldOfEachRecord) {
 
 TEST_F(SmbiosTest, ConcurrentLookupsSeeTheSameRecords) {
     zuvsim::SmbiosSlot slot;
-    slot.designation = std::string("Slot\x7f" "A");
+    slot.designation = std::string(
+        "Slot\x7f"
+        "A");
     open(zuvsim::SmbiosImage().addType1("PLATFAMILY00002").addSlot(slot).addSlot(slot));
     std::vector<std::thread> threads;
     std::atomic<int> good{0};

@@ -12,9 +12,9 @@ TEST_F(SmbiosTest, PlatformCodeFollowsTheFamilyStringExactly) {
         std::string family;
         int32_t code;
     } cases[] = {
-        {"PLATFAMILY00001", 0}, {"PLATFAMILY00002", 1}, {"PLATFAMILY00003", 2},  {"PLATFAMILY00004", 4},
-        {"PLATFAMILY00005", -1}, {"platfamily00001", -1}, {"PLATFAMILY000010", -1}, {"PLATFAMILY0000", -1},
-        {"", -1},
+        {"PLATFAMILY00001", 0},   {"PLATFAMILY00002", 1},  {"PLATFAMILY00003", 2},
+        {"PLATFAMILY00004", 4},   {"PLATFAMILY00005", -1}, {"platfamily00001", -1},
+        {"PLATFAMILY000010", -1}, {"PLATFAMILY0000", -1},  {"", -1},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.family);

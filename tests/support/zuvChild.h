@@ -8,8 +8,8 @@
 namespace zuvtest {
 
 struct ChildResult {
-    std::string text;    // what the function returned
-    int exitStatus = -1; // 0 when the function returned; else the child's own exit status
+    std::string text;     // what the function returned
+    int exitStatus = -1;  // 0 when the function returned; else the child's own exit status
 };
 
 ChildResult inChild(const std::function<std::string()>& body);

@@ -17,7 +17,7 @@ namespace zuvtest {
 namespace {
 
 long long nowMs() {
-    timespec now {};
+    timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return now.tv_sec * 1000LL + now.tv_nsec / 1000000;
 }

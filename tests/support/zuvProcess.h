@@ -10,8 +10,8 @@
 namespace zuvtest {
 
 struct ProcessResult {
-    int exitStatus = -1;   // exit status when the process exited
-    bool timedOut = false; // killed by us after the time limit
+    int exitStatus = -1;    // exit status when the process exited
+    bool timedOut = false;  // killed by us after the time limit
     std::string out;
     std::string err;
 };

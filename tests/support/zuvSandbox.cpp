@@ -22,7 +22,7 @@ namespace {
 
 bool sandboxed = false;
 
-const char* const kStage = "/tmp";               // a tmpfs is mounted here first, privately
+const char* const kStage = "/tmp";  // a tmpfs is mounted here first, privately
 const char* const kNewRoot = "/tmp/zuv-sandbox-root";
 
 // Top-level entries that the sandbox gives a fresh empty tmpfs instead of the machine's.
@@ -39,9 +39,7 @@ bool isPrivateTop(const std::string& name) {
     return false;
 }
 
-bool mountTmpfs(const std::string& path) {
-    return mount("zuvsandbox", path.c_str(), "tmpfs", 0, "mode=0755") == 0;
-}
+bool mountTmpfs(const std::string& path) { return mount("zuvsandbox", path.c_str(), "tmpfs", 0, "mode=0755") == 0; }
 
 bool bindInto(const std::string& from, const std::string& to, bool directory) {
     if (directory) {
@@ -162,8 +160,7 @@ bool enterSandbox(std::string* why) {
     if (!mountTmpfs(kStage)) return fail(why, "tmpfs stage");
     const std::string root = kNewRoot;
     if (mkdir(root.c_str(), 0755) != 0 || !mountTmpfs(root)) return fail(why, "new root");
-    if (!populateRoot(root, why) || !populateVar(root, why) || !populateBin(root, why) ||
-        !populateDev(root, why))
+    if (!populateRoot(root, why) || !populateVar(root, why) || !populateBin(root, why) || !populateDev(root, why))
         return false;
     for (const char* top : {"tmp", "opt", "run", "scratch", "vmfs"}) {
         const std::string path = root + "/" + top;
@@ -224,7 +221,7 @@ pid_t forkQuietly() {
 SyslogCollector::SyslogCollector() {
     socketFd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (socketFd < 0) throw std::runtime_error("syslog collector: socket");
-    sockaddr_un address {};
+    sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strcpy(address.sun_path, "/dev/log");
     unlink(address.sun_path);
@@ -271,7 +268,7 @@ void SyslogCollector::drain() {
         const ssize_t n = recv(socketFd, buffer, sizeof buffer, MSG_DONTWAIT);
         if (n <= 0) return;
         std::string text(buffer, n);
-        SyslogLine line {6, 8, "", text};
+        SyslogLine line{6, 8, "", text};
         const size_t close = text.find('>');
         if (text[0] == '<' && close != std::string::npos) {
             const int pri = std::atoi(text.substr(1, close - 1).c_str());

@@ -7,7 +7,6 @@
 // and /dev is a small private tree with the usual character devices and room for /dev/log.
 // Nothing written there reaches the machine, and child processes inherit the namespace.
 
-
 #include <mutex>
 #include <sys/types.h>
 

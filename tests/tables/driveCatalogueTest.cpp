@@ -48,26 +48,19 @@ TEST(DriveCatalogue, FindsByEitherModelNumberAndNeverByAnEmptyField) {
     const std::string widest40(40, 'W');
     std::vector<zuvDriveCatalogueEntry> rows = {
         row("EG000300JWEBF", "ST300MM0048", "759208-B21"),  // both numbers
-        row("", "MZ7KH960HAJR", "P04564-B21"),             // manufacturer's number only
-        row("MB2000GCWDA", "", "507632-B21"),                // maker's number only
-        row(widest40, "", "ZZ-B21"),                         // a number of the maximum width
+        row("", "MZ7KH960HAJR", "P04564-B21"),              // manufacturer's number only
+        row("MB2000GCWDA", "", "507632-B21"),               // maker's number only
+        row(widest40, "", "ZZ-B21"),                        // a number of the maximum width
     };
     struct Case {
         const char* number;
         int row;  // -1: no match
     };
     const Case cases[] = {
-        {"EG000300JWEBF", 0},
-        {"ST300MM0048", 0},
-        {"MZ7KH960HAJR", 1},
-        {"MB2000GCWDA", 2},
-        {widest40.c_str(), 3},
-        {"", -1},              // must not select the row without a maker's number
-        {nullptr, -1},
-        {"EG000300JWEB", -1},  // a prefix is no match
-        {"EG000300JWEBFX", -1},
-        {"eg000300jwebf", -1},
-        {"759208-B21", -1},    // part numbers are no key
+        {"EG000300JWEBF", 0},   {"ST300MM0048", 0},    {"MZ7KH960HAJR", 1},
+        {"MB2000GCWDA", 2},     {widest40.c_str(), 3}, {"", -1},  // must not select the row without a maker's number
+        {nullptr, -1},          {"EG000300JWEB", -1},             // a prefix is no match
+        {"EG000300JWEBFX", -1}, {"eg000300jwebf", -1}, {"759208-B21", -1},  // part numbers are no key
     };
     for (const Case& c : cases) {
         const zuvDriveCatalogueEntry* found = findDriveCatalogueEntry(c.number, rows.data(), rows.size());

@@ -79,11 +79,11 @@ TEST(PciVendorNames, LookUpsByTheFormOfTheTable) {
         {"8086", "Intel Corporation"},
         {"1000", "Broadcom / LSI"},
         {"9005", "Adaptec"},
-        {"0010", "Allied Telesis, Inc (Wrong ID)"},      // the list's marks stay
+        {"0010", "Allied Telesis, Inc (Wrong ID)"},  // the list's marks stay
         {"0001", "SafeNet (wrong ID)"},
         {"fffe", "VMWare Inc (temporary ID)"},
-        {"0x1000", nullptr},                              // readers must strip "0x"
-        {"ABCD", nullptr},                                // and lower the case
+        {"0x1000", nullptr},  // readers must strip "0x"
+        {"ABCD", nullptr},    // and lower the case
         {"8086 ", nullptr},
         {"", nullptr},
     };

@@ -29,7 +29,10 @@ TEST(StringUtils, HexText) {
     struct HexCase {
         const char *text, *after;
         bool hex;
-    } hexes[] = {{"", "", false}, {"AbC", "abc", true}, {"0x1f", "0x1f", false}, {"12G", "12g", false},
+    } hexes[] = {{"", "", false},
+                 {"AbC", "abc", true},
+                 {"0x1f", "0x1f", false},
+                 {"12G", "12g", false},
                  {"deadBEEF", "deadbeef", true}};
     for (const HexCase& c : hexes) {
         std::string text = c.text;
@@ -40,8 +43,13 @@ TEST(StringUtils, HexText) {
     struct NumberCase {
         const char* text;
         uint32_t value;
-    } numbers[] = {{"1f", 31},          {"0x1f", 31},          {"  ff", 255},      {"1fzz", 31},
-                   {"zz", 0},           {"", 0},               {"ffffffff", UINT32_MAX},
+    } numbers[] = {{"1f", 31},
+                   {"0x1f", 31},
+                   {"  ff", 255},
+                   {"1fzz", 31},
+                   {"zz", 0},
+                   {"", 0},
+                   {"ffffffff", UINT32_MAX},
                    {"1ffffffff", UINT32_MAX}};
     for (const NumberCase& c : numbers) EXPECT_EQ(parseHexNumber(c.text), c.value) << c.text;
 }
@@ -52,8 +60,8 @@ TEST(StringUtils, ConversionsAndPaths) {
     EXPECT_EQ(formatFixed(-1, 3), "-1.000");
     struct Case {
         const char *path, *base;
-    } cases[] = {{"/a/b/c.txt", "c.txt"}, {"C:\\dir\\file", "file"}, {"a/b\\c", "c"}, {"plain", "plain"},
-                 {"/a/", ""},             {"", ""}};
+    } cases[] = {
+        {"/a/b/c.txt", "c.txt"}, {"C:\\dir\\file", "file"}, {"a/b\\c", "c"}, {"plain", "plain"}, {"/a/", ""}, {"", ""}};
     for (const Case& c : cases) EXPECT_EQ(baseName(c.path), c.base) << c.path;
     EXPECT_EQ(errnoMessage(ENOENT), "No such file or directory");
 }
@@ -63,18 +71,20 @@ TEST(StringUtils, ValueOfAKeyInLines) {
     struct Case {
         const char *key, *value;
     } cases[] = {
-        {"Name", "x"},         // substring of the key part, first line wins
-        {"Vendor", "Acme"},
-        {"Serial", "34"},      // value behind the first colon
-        {"34", ""},            // only the key part is searched
-        {"Model", "Model"},    // no colon: the whole line
+        {"Name", "x"},                         // substring of the key part, first line wins
+        {"Vendor", "Acme"}, {"Serial", "34"},  // value behind the first colon
+        {"34", ""},                            // only the key part is searched
+        {"Model", "Model"},                    // no colon: the whole line
         {"Missing", ""},
     };
     for (const Case& c : cases) EXPECT_EQ(findValueInLines(lines, c.key), c.value) << c.key;
 }
 
 TEST(StringUtils, PrintableCharactersAndRecords) {
-    std::istringstream in(std::string("ab\ncd\t\x01\x7f" "e\0f", 11));
+    std::istringstream in(
+        std::string("ab\ncd\t\x01\x7f"
+                    "e\0f",
+                    11));
     EXPECT_EQ(printableCharacters(in).str(), "abcdef");
 
     std::istringstream records(std::string("abcdefg\0\0hi\0jklm", 16));
@@ -130,8 +140,8 @@ TEST(StringUtils, ExpressionHelpers) {
     EXPECT_TRUE(assignKeyedValue(keyed, "  VENDOR : Acme", fields));
     EXPECT_EQ(vendor, "Acme");
     EXPECT_TRUE(vendorFound);
-    EXPECT_FALSE(assignKeyedValue(keyed, "Serial: 1", fields));        // not in the table
-    EXPECT_FALSE(assignKeyedValue(keyed, "Model", fields));            // no whole-line match
+    EXPECT_FALSE(assignKeyedValue(keyed, "Serial: 1", fields));                               // not in the table
+    EXPECT_FALSE(assignKeyedValue(keyed, "Model", fields));                                   // no whole-line match
     EXPECT_FALSE(assignKeyedValue(std::regex("(\\w+):(\\w+):(\\w+)"), "model:a:b", fields));  // three groups
     EXPECT_FALSE(modelFound);
     EXPECT_EQ(model, "");
@@ -143,8 +153,8 @@ TEST(StringUtils, PciAddressesInOrder) {
         Strings found;
     } cases[] = {
         {"dev 0000:03:00.0 and 0001a:04:00.7 end", {"0000:03:00.0", "0001a:04:00.7"}},
-        {"0000:03:00.8", {}},                          // function above 7
-        {"000:03:00.0", {}},                           // short domain
+        {"0000:03:00.8", {}},  // function above 7
+        {"000:03:00.0", {}},   // short domain
         {"ABCD:ef:01.2,0000:00:1f.3", {"ABCD:ef:01.2", "0000:00:1f.3"}},
         {"", {}},
     };

@@ -60,8 +60,8 @@ TEST_F(UtilsCommands, FindLineInFileFindsTheFirstLineHoldingThePattern) {
 
 TEST_F(UtilsCommands, FindLineInFileLogsAFileThatCannotBeOpened) {
     EXPECT_EQ(utils.findLineInFile("/tmp/no-such-file", "x"), "");
-    EXPECT_TRUE(hasMessage(debugMessages(),
-                           "Unable to open the file : /tmp/no-such-file, error : No such file or directory"));
+    EXPECT_TRUE(
+        hasMessage(debugMessages(), "Unable to open the file : /tmp/no-such-file, error : No such file or directory"));
 }
 
 TEST_F(UtilsCommands, FindLineInFileReadsLinesLongerThanAnyBuffer) {
@@ -90,7 +90,8 @@ TEST_F(UtilsCommands, RegexSearchReportsCompileErrorsAndMisses) {
     EXPECT_FALSE(utils.regexSearch("text", "(unclosed", &compiled, matches, 2));
     bool compileLogged = false;
     for (const std::string& m : debugMessages())
-        compileLogged |= m.rfind("Error Compiling Regex, Return Value: ", 0) == 0 && m.find("Error Info: ") != std::string::npos;
+        compileLogged |=
+            m.rfind("Error Compiling Regex, Return Value: ", 0) == 0 && m.find("Error Info: ") != std::string::npos;
     EXPECT_TRUE(compileLogged);
 
     EXPECT_FALSE(utils.regexSearch("text", "^z", &compiled, matches, 2));
@@ -109,8 +110,8 @@ TEST_F(UtilsCommands, TrimBlanksCutsTrailingWhiteSpaceInPlaceAndLeadingBlanksInT
     } cases[] = {
         {"  ab \n", "  ab", "ab"},
         {"   ", " ", ""},
-        {"\t", "\t", "\t"},        // one character always stays
-        {"\tab ", "\tab", "\tab"}, // a leading tab is no blank
+        {"\t", "\t", "\t"},         // one character always stays
+        {"\tab ", "\tab", "\tab"},  // a leading tab is no blank
         {"", "", ""},
         {"a", "a", "a"},
         {"x\t\r\n", "x", "x"},
@@ -128,12 +129,10 @@ TEST_F(UtilsCommands, ExtractBetweenTakesTheTextBetweenTheFirstMarkers) {
     struct Case {
         const char *start, *end, *text, *expected;
     } cases[] = {
-        {"r", "i", "r001i02s03", "001"},
-        {"i", "s", "r001i02s03", "02"},
-        {"r", "i", "xyz", "xyz"},  // neither marker
-        {"a", "b", "b a", ""},     // end marker before the start marker: all after "a"
-        {"a", "b", "xaqq", "qq"},  // no end marker
-        {"a", "b", "xxbqq", "xx"}, // no start marker: up to the end marker
+        {"r", "i", "r001i02s03", "001"}, {"i", "s", "r001i02s03", "02"}, {"r", "i", "xyz", "xyz"},  // neither marker
+        {"a", "b", "b a", ""},      // end marker before the start marker: all after "a"
+        {"a", "b", "xaqq", "qq"},   // no end marker
+        {"a", "b", "xxbqq", "xx"},  // no start marker: up to the end marker
         {"<<", ">>", "<<v>>", "v"},
     };
     for (const Case& c : cases) EXPECT_EQ(utils.extractBetween(c.start, c.end, c.text), c.expected) << c.text;

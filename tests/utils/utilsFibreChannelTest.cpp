@@ -101,7 +101,8 @@ TEST_F(UtilsFibreChannel, TopologyFailuresLeaveTheMapAndTheirMessages) {
     utils.collectFcTopology();
     tools.fail("localcli", "hardware pci list", 1);
     utils.collectFcTopology();
-    EXPECT_EQ(utilstest::countMessage(mainMessagesAt("ERROR"), "Error occurred in gathering FC topology information."), 2u);
+    EXPECT_EQ(utilstest::countMessage(mainMessagesAt("ERROR"), "Error occurred in gathering FC topology information."),
+              2u);
     EXPECT_EQ(zuvUtils::fcTopologyMap.size(), 1u);
     EXPECT_FALSE(pathExists(kTopologyScratch));
 }
@@ -131,18 +132,17 @@ TEST_F(UtilsFibreChannel, NamesKeepOnlyAdaptersOfTheTopology) {
                  "   Adapter: vmhba2\n"
                  "   Node Name: 20:00:00:00:c9:00:00:02\n"
                  "   Port Name: 10:00:00:00:c9:00:00:02\n"
-                 "   Adapter: vmhba7\n"                        // unknown to the topology
+                 "   Adapter: vmhba7\n"  // unknown to the topology
                  "   Node Name: 20:00:00:00:c9:00:00:07\n"
-                 "   Node Name:\n"                              // ends at its colon: empty
+                 "   Node Name:\n"  // ends at its colon: empty
                  "   Adapter: vmhba1\n"
                  "   Node Name: 20:00:00:00:c9:00:00:01\n");
     utils.collectFcNames();
     EXPECT_EQ(zuvUtils::fcNameMap, (std::map<std::string, std::string>{{"20:00:00:00:c9:00:00:01", "vmhba1"},
-                                                                      {"20:00:00:00:c9:00:00:02", "vmhba2"}}));
+                                                                       {"20:00:00:00:c9:00:00:02", "vmhba2"}}));
     EXPECT_EQ(utils.getFcAdapterForNodeName("20:00:00:00:c9:00:00:07"), "NotAvailable");
     EXPECT_FALSE(pathExists(kNameScratch));
-    const std::vector<std::string> expected = {"-----Printing FcNameMap-----",
-                                               "20:00:00:00:c9:00:00:01       vmhba1",
+    const std::vector<std::string> expected = {"-----Printing FcNameMap-----", "20:00:00:00:c9:00:00:01       vmhba1",
                                                "20:00:00:00:c9:00:00:02       vmhba2"};
     EXPECT_EQ(debugMessages(), expected);
 }
@@ -198,11 +198,9 @@ TEST_F(UtilsFibreChannel, AdapterPciStringIsTheFirstParenthesisedText) {
         const char* adapter;
         const char* expected;
     } cases[] = {
-        {"vmhba0", "0000:00:17.0"},
-        {"VMHBA0", "0000:00:17.0"},   // case-insensitive
-        {"vmhba1", "0000:0a:00.0"},   // vmhba10 comes first
-        {"vmhba2", "unchanged"},
-        {"vmhba5", "unchanged"},
+        {"vmhba0", "0000:00:17.0"}, {"VMHBA0", "0000:00:17.0"},  // case-insensitive
+        {"vmhba1", "0000:0a:00.0"},                              // vmhba10 comes first
+        {"vmhba2", "unchanged"},    {"vmhba5", "unchanged"},
     };
     for (const Case& c : cases) {
         std::string pciString = "unchanged";

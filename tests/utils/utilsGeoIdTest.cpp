@@ -57,11 +57,11 @@ TEST_F(UtilsGeoId, DesignationGivesTheFirstType2GeoIdAtWordBoundaries) {
     } cases[] = {
         {"PCIe Slot r001u02p3i04 x8", "r001u02p3i04"},
         {"r001u02p3i04", "r001u02p3i04"},
-        {"Slot r001u02p3i04a", ""},                 // boundary fails behind
-        {"Slot _r001u02p3i04", ""},                 // boundary fails in front
+        {"Slot r001u02p3i04a", ""},  // boundary fails behind
+        {"Slot _r001u02p3i04", ""},  // boundary fails in front
         {"A r001u02p3i04 B r999u99p9i99", "r001u02p3i04"},
         {"B r999u99p9i99,r001u02p3i04", "r999u99p9i99"},
-        {"Slot r001i02s03", ""},                    // type 1 isn't looked for
+        {"Slot r001i02s03", ""},  // type 1 isn't looked for
         {"Slot r001u02p3x4y05", ""},
         {"", ""},
     };
@@ -93,7 +93,8 @@ TEST_F(UtilsGeoId, DecodingFollowsThePlatformsExpression) {
 TEST_F(UtilsGeoId, PlatformWithoutDecoderWarnsAtEveryCallAndNeverCompiles) {
     const std::vector<std::string> twice = {"0000:01:00.0", "0000:01:00.0"};
     EXPECT_EQ(decodeOnPlatform(4, twice), "[][] not-ready");
-    EXPECT_EQ(countMessage(mainMessagesAt("WARNING"), "Failed to decode GeoID [r001u02p3i04]: Unknown or unsupported platform type."),
+    EXPECT_EQ(countMessage(mainMessagesAt("WARNING"),
+                           "Failed to decode GeoID [r001u02p3i04]: Unknown or unsupported platform type."),
               2u);
 }
 

@@ -48,8 +48,8 @@ TEST_F(UtilsHostIdentity, ValidAddresses) {
     struct Case {
         const char* text;
         bool valid;
-    } cases[] = {{"10.0.0.1", true}, {"0.0.0.0", false}, {" ", false}, {"", false},
-                 {"256.1.1.1", false}, {"10.0.0", false}, {"::1", false}, {"127.0.0.1", true}};
+    } cases[] = {{"10.0.0.1", true},   {"0.0.0.0", false}, {" ", false},   {"", false},
+                 {"256.1.1.1", false}, {"10.0.0", false},  {"::1", false}, {"127.0.0.1", true}};
     for (const Case& c : cases) EXPECT_EQ(utils.isValidIPv4Address(c.text), c.valid) << c.text;
 }
 
@@ -77,7 +77,7 @@ TEST_F(UtilsHostIdentity, AuxiliaryAddressIsStickyUntilItGoes) {
         {{{"vmk0", AF_INET, "10.0.0.2"}}, "10.0.0.2"},
         {{{"vmk0", AF_INET, "10.0.0.1"}, {"vmk1", AF_INET, "10.0.0.2"}}, "10.0.0.2"},  // still there
         {{{"vmk0", AF_INET, "10.0.0.3"}, {"vmk1", AF_INET, "10.0.0.4"}}, "10.0.0.3"},  // gone: first
-        {{{"lo", AF_INET, "127.0.0.1"}}, "127.0.0.1"},                                  // none left
+        {{{"lo", AF_INET, "127.0.0.1"}}, "127.0.0.1"},                                 // none left
         {{{"vmk0", AF_INET, "10.0.0.5"}}, "10.0.0.5"},
     };
     for (Step& step : steps) {

@@ -48,9 +48,9 @@ TEST_F(UtilsTime, ParseTimestampReadsFixedPositions) {
     } cases[] = {
         {"2020-03-04T05:06:07Z", kMarch4},
         {"2020/03/04 05:06:07!", kMarch4},                // separators aren't looked at
-        {"2020-03-04T05:06:07.123456+01:00", kMarch4},     // nor what follows position 19
-        {"2020-13-04T05:06:07Z", kMarch4 + 306 * 86400},   // month 13 normalised into 2021
-        {"2020-03-04T05:06:07", 0},                        // 19 characters
+        {"2020-03-04T05:06:07.123456+01:00", kMarch4},    // nor what follows position 19
+        {"2020-13-04T05:06:07Z", kMarch4 + 306 * 86400},  // month 13 normalised into 2021
+        {"2020-03-04T05:06:07", 0},                       // 19 characters
         {"", 0},
     };
     for (const Case& c : cases) EXPECT_EQ(utils.parseTimestamp(c.text), c.expected) << c.text;
@@ -184,7 +184,8 @@ TEST_F(UtilsTime, FailingPipelineLeavesTheTimesAndWarns) {
     EXPECT_EQ(shutdown, 3);
     EXPECT_FALSE(pathExists(kScratch));
     EXPECT_TRUE(hasMessage(mainMessagesAt("WARNING"), "Error occurred in gathering system boot time information."));
-    EXPECT_TRUE(hasMessage(mainMessagesAt("WARNING"), "Error occurred in gathering system last shutdown time information."));
+    EXPECT_TRUE(
+        hasMessage(mainMessagesAt("WARNING"), "Error occurred in gathering system last shutdown time information."));
 }
 
 TEST_F(UtilsTime, ScratchNameThatCannotBeClearedIsAFailure) {

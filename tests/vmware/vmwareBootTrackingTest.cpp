@@ -114,7 +114,8 @@ TEST_F(BootTrackingTest, FreshHostLifecycleCreatesMovesAndRecordsTheStop) {
     EXPECT_FALSE(graceful);
     EXPECT_FALSE(nonGraceful);
     EXPECT_EQ(host.sleeps, std::vector<unsigned>{20});
-    for (const std::string& line : vmwaretest::debugMessages()) EXPECT_EQ(line.find("gen OS boot logic"), std::string::npos);
+    for (const std::string& line : vmwaretest::debugMessages())
+        EXPECT_EQ(line.find("gen OS boot logic"), std::string::npos);
 
     os.updateLastStart();
     EXPECT_EQ(state(), "current_start " + n(start) + "\nlast_start " + n(start) + "\nlast_stop 0\n");
@@ -149,10 +150,9 @@ TEST_F(BootTrackingTest, BootDecisionFollowsTheOrderOfStartStopAndBoot) {
         {t - 400, 0, t - 300, false, true, "In gen OS boot logic.Last shutdown was not-graceful."},
         {-5, -10, t, false, true, "In gen OS boot logic.Last shutdown was not-graceful."},  // signed comparisons
     };
-    const char* outcomes[] = {"In gen OS boot logic.Last shutdown was graceful.",
-                              "In gen OS boot logic.Last shutdown was not-graceful.",
-                              "ZUV crashed in current boot so do nothing in point 2",
-                              "ZUV crashed in current boot so do nothing in point 3"};
+    const char* outcomes[] = {
+        "In gen OS boot logic.Last shutdown was graceful.", "In gen OS boot logic.Last shutdown was not-graceful.",
+        "ZUV crashed in current boot so do nothing in point 2", "ZUV crashed in current boot so do nothing in point 3"};
     for (const Case& c : cases) {
         vmwaretest::clearLogs();
         const auto [graceful, nonGraceful] = decide(c.s, c.p, c.b);
@@ -342,7 +342,8 @@ TEST_F(BootTrackingTest, SyncRunsVimCmdAndWarnsWithTheRawStatus) {
     unlink("/bin/vim-cmd");
     vmwaretest::clearLogs();
     os.syncPersistentStorage();  // the shell can't find it: status 127
-    EXPECT_EQ(vmwaretest::mainMessages(), std::vector<std::string>{"Failed to synchronize persistent storage. (0x7F00)"});
+    EXPECT_EQ(vmwaretest::mainMessages(),
+              std::vector<std::string>{"Failed to synchronize persistent storage. (0x7F00)"});
 }
 
 }  // namespace

@@ -70,12 +70,16 @@ TEST_F(HostQueriesTest, TimeTextIsCtimeWithoutLineFeedAndZoneFollowsTZ) {
         << text;
     const char* saved = std::getenv("TZ");
     const std::string savedZone = saved ? saved : "";
-    for (const auto& [tz, name] : std::vector<std::pair<std::string, std::string>>{{"UTC0", "UTC"}, {"EST5", "EST"}, {"ZZZ-3", "ZZZ"}}) {
+    for (const auto& [tz, name] :
+         std::vector<std::pair<std::string, std::string>>{{"UTC0", "UTC"}, {"EST5", "EST"}, {"ZZZ-3", "ZZZ"}}) {
         setenv("TZ", tz.c_str(), 1);
         tzset();
         EXPECT_EQ(getTimeZoneName(), name) << tz;
     }
-    if (saved) setenv("TZ", savedZone.c_str(), 1); else unsetenv("TZ");
+    if (saved)
+        setenv("TZ", savedZone.c_str(), 1);
+    else
+        unsetenv("TZ");
     tzset();
 }
 

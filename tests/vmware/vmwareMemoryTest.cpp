@@ -16,7 +16,8 @@ constexpr const char* kEsxtopArguments = "-c /opt/kelzuv/data/esxtopconf -b -n 1
 std::string sample(const std::string& machine, const std::string& free) {
     return "\"(PDH-CSV 4.0) (UTC)(0)\",\"\\\\esx01\\Memory\\Machine MBytes\",\"\\\\esx01\\Memory\\Kernel MBytes\","
            "\"\\\\esx01\\Memory\\Free MBytes\",\n"
-           "\"11/23/2026 08:00:00\",\"" + machine + "\",\"1200\",\"" + free + "\",\n";
+           "\"11/23/2026 08:00:00\",\"" +
+           machine + "\",\"1200\",\"" + free + "\",\n";
 }
 
 class MemoryTest : public ::testing::Test {
@@ -44,7 +45,7 @@ TEST_F(MemoryTest, FiguresAreWholeGigabytesTruncated) {
         {sample("1023", "1024"), {0, 1}},
         {sample("4096.75", "2047.99"), {4, 1}},
         {sample("0", "0"), {0, 0}},
-        {sample("abc", "5120"), {0, 5}},          // no digits behind the quote: 0
+        {sample("abc", "5120"), {0, 5}},  // no digits behind the quote: 0
         {sample("-2048", "3072"), {-2, 3}},
         // Column names in another order, matched as substrings.
         {"\"Time\",\"\\Memory\\Free MBytes\",\"x\",\"Machine MBytes (total)\",\n\"t\",\"10240\",\"1\",\"20480\",\n",
@@ -118,9 +119,8 @@ TEST_F(MemoryTest, UnreadableScratchFileIsLoggedEachTime) {
     setenv("PATH", (bin + ":" + path).c_str(), 1);
     for (int i = 0; i < 2; ++i) EXPECT_TRUE(os.getMemoryFigures().empty());
     setenv("PATH", path.c_str(), 1);
-    EXPECT_EQ(vmwaretest::mainMessages(),
-              (std::vector<std::string>{"Unable to fetch physical memory information.",
-                                        "Unable to fetch physical memory information."}));
+    EXPECT_EQ(vmwaretest::mainMessages(), (std::vector<std::string>{"Unable to fetch physical memory information.",
+                                                                    "Unable to fetch physical memory information."}));
     EXPECT_FALSE(os.memoryErrorLogged);
 }
 

@@ -73,12 +73,12 @@ TEST_F(PciIdsTest, IdsComeFromTheBlockOfTheKeyDeviceFirst) {
     const Case cases[] = {
         {"0000:00:00.0", {"0x2020", "0x8086"}, {"0x095d", "0x15d9"}},
         {"0000:3b:00.0", {"0x1017", "0x15b3"}, {"0x0007", "0x15b3"}},
-        {"vmnic5", {"0x1018", "0x15b4"}, {"", ""}},                        // from a line inside the block
-        {"Mellanox", {"0x1017", "0x15b3"}, {"0x0007", "0x15b3"}},          // several blocks: the first wins
-        {"I/O Hub", {"", "0xZZ12"}, {"", "0x1234"}},                       // short ids don't match, long ones are cut
+        {"vmnic5", {"0x1018", "0x15b4"}, {"", ""}},                // from a line inside the block
+        {"Mellanox", {"0x1017", "0x15b3"}, {"0x0007", "0x15b3"}},  // several blocks: the first wins
+        {"I/O Hub", {"", "0xZZ12"}, {"", "0x1234"}},               // short ids don't match, long ones are cut
         {"Lonely Vendor", {"", "0xabcd"}, {"", ""}},
         {"0000:ff:00.0", {"", ""}, {"", ""}},
-        {"0000:3b:00\\.1", {"0x1018", "0x15b4"}, {"", ""}},               // the key is a regular expression
+        {"0000:3b:00\\.1", {"0x1018", "0x15b4"}, {"", ""}},  // the key is a regular expression
     };
     for (const Case& c : cases) {
         EXPECT_EQ(os.getPciIds(c.key), c.ids) << c.key;

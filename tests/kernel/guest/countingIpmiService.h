@@ -19,8 +19,7 @@ public:
         ++reserveCalls;
         real.reserveSDRRepository(reservationId);
     }
-    void getSDR(const zuvIPMI::GET_SDR_REQUEST& request, uint8_t* buffer, uint16_t capacity,
-                uint16_t& size) override {
+    void getSDR(const zuvIPMI::GET_SDR_REQUEST& request, uint8_t* buffer, uint16_t capacity, uint16_t& size) override {
         ++getSdrCalls;
         real.getSDR(request, buffer, capacity, size);
     }

@@ -18,7 +18,7 @@ TEST(DriverLoading, FirstUseLoadsTheDriversAndOpensTheirDevice) {
     }
     EXPECT_TRUE(zuvkernel::isCharacterDevice("/dev/ipmi0"));
     // The same object through both accessors.
-    EXPECT_EQ(static_cast<zuvInbandComInterface*>(
-                  static_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance())),
-              zuvIPMIService::getInstance());
+    EXPECT_EQ(
+        static_cast<zuvInbandComInterface*>(static_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance())),
+        zuvIPMIService::getInstance());
 }

@@ -14,9 +14,7 @@
 
 namespace {
 
-zuvIPMIService& service() {
-    return *static_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance());
-}
+zuvIPMIService& service() { return *static_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance()); }
 
 int sdrTransactions(const std::vector<std::vector<uint8_t>>& records) {
     int count = 0;

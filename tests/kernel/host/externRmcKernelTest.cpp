@@ -125,13 +125,29 @@ TEST(KernelExtern, RmcTrafficThroughTheDriverMatchesTheSeam) {
     GuestSession session;
     zuvsim::ExternBmcServer server(socketPath, [&](const ExternRequest& r) { return session.handle(r); });
     server.start();
-    const zuvtest::ProcessResult qemu = zuvtest::runProcess(
-        {"qemu-system-x86_64", "-m", "512", "-smp", "1", "-nographic", "-no-reboot", "-accel", "tcg", "-kernel",
-         vmlinuz, "-initrd", initrd, "-append",
-         "console=ttyS0 quiet panic=-1 zuvmode=extern zuvfilter=DriverLoading.*:Extern.*", "-chardev",
-         "socket,id=ipmi0,path=" + socketPath + ",server=on,wait=off", "-device",
-         "ipmi-bmc-extern,id=bmc0,chardev=ipmi0", "-device", "isa-ipmi-kcs,bmc=bmc0"},
-        150000);
+    const zuvtest::ProcessResult qemu =
+        zuvtest::runProcess({"qemu-system-x86_64",
+                             "-m",
+                             "512",
+                             "-smp",
+                             "1",
+                             "-nographic",
+                             "-no-reboot",
+                             "-accel",
+                             "tcg",
+                             "-kernel",
+                             vmlinuz,
+                             "-initrd",
+                             initrd,
+                             "-append",
+                             "console=ttyS0 quiet panic=-1 zuvmode=extern zuvfilter=DriverLoading.*:Extern.*",
+                             "-chardev",
+                             "socket,id=ipmi0,path=" + socketPath + ",server=on,wait=off",
+                             "-device",
+                             "ipmi-bmc-extern,id=bmc0,chardev=ipmi0",
+                             "-device",
+                             "isa-ipmi-kcs,bmc=bmc0"},
+                            150000);
     server.stop();
     {
         std::lock_guard<std::mutex> lock(session.mutex);
@@ -200,9 +216,10 @@ TEST(KernelExtern, RmcTrafficThroughTheDriverMatchesTheSeam) {
 
     // The manager's worker: the task that was running first, then the queued ones by priority.
     const auto& managed = session.records["manager"].commands;
-    const std::vector<std::pair<std::string, std::string>> delivered{
-        {"WriteAppTelemetry", "app=1"}, {"MPEventGen", ""}, {"WriteInventory", std::string(100, 'v')},
-        {"WriteTelemetry", "cpu=42"}};
+    const std::vector<std::pair<std::string, std::string>> delivered{{"WriteAppTelemetry", "app=1"},
+                                                                     {"MPEventGen", ""},
+                                                                     {"WriteInventory", std::string(100, 'v')},
+                                                                     {"WriteTelemetry", "cpu=42"}};
     ASSERT_EQ(delivered.size(), managed.size());
     for (size_t i = 0; i < managed.size(); ++i) {
         EXPECT_EQ(delivered[i].first, managed[i].name);

@@ -23,9 +23,9 @@ std::string eventText() {
     for (int i = 0; text.size() < 290; ++i) text += "disk " + std::to_string(i) + " failed; ";
     return text + "\"}";
 }
-std::string inventoryText() { return std::string(150, 'I'); }           // L 151: 33+57+57+4
-std::string telemetryText() { return "cpu=42;mem=17;net=3"; }           // L 20: one block
-std::string appTelemetryText() { return std::string(89, 'a'); }         // L 90: 33+57 exactly
+std::string inventoryText() { return std::string(150, 'I'); }    // L 151: 33+57+57+4
+std::string telemetryText() { return "cpu=42;mem=17;net=3"; }    // L 20: one block
+std::string appTelemetryText() { return std::string(89, 'a'); }  // L 90: 33+57 exactly
 
 // Lengths chosen for the read pattern: no body, one piece, one byte over, the longest record.
 static const std::vector<uint8_t> kRecordLengths{0, 16, 17, 250, 35, 1, 48, 100, 5, 64, 33, 200};

@@ -27,15 +27,15 @@ const std::vector<std::string>& faultPhases();
 void configureRmc(const std::string& phase, zuvsim::SimulatedRmc& rmc);
 
 // The argument texts of the block commands of the "blocks" phase.
-std::string eventText();      // an MPEventGen JSON over 4 blocks
-std::string inventoryText();  // 4 blocks
-std::string telemetryText();  // 1 block
+std::string eventText();         // an MPEventGen JSON over 4 blocks
+std::string inventoryText();     // 4 blocks
+std::string telemetryText();     // 1 block
 std::string appTelemetryText();  // exactly 2 full blocks
 
 // What a phase's calls gave back.
 struct PhaseOutcome {
-    std::vector<int> results;  // callback values and doorbell answers, in call order
-    std::vector<std::string> exceptions;  // what() of every exception caught, in order
+    std::vector<int> results;                   // callback values and doorbell answers, in call order
+    std::vector<std::string> exceptions;        // what() of every exception caught, in order
     std::vector<std::vector<uint8_t>> records;  // the SDR cache's records, each cut to 5 + length
     int infoCalls = 0, reserveCalls = 0, getSdrCalls = 0;
 };
