@@ -6,10 +6,8 @@
 #include <stdexcept>
 
 #include "delivery/zuvInBandComManager.h"
-#include "managerTestRig.h"
+#include "deliveryTestRig.h"
 #include "platform/SMBIOSVMware.h"
-
-using deliverytest::kMainLog;
 
 namespace {
 
@@ -17,51 +15,36 @@ namespace {
 class BrokenSmbios : public zuvSmbiosInterface {
 public:
     std::string getFamily() override { return "PLATFAMILY00001"; }
-    std::string getManufacturer() override { return "Maker"; }
+    std::string getManufacturer() override { return ""; }
     int32_t getPlatform() override { throw std::logic_error("broken"); }
     int getSmbiosTable(int, void**, unsigned*) override { return -1; }
 };
 
-std::string failureOf(const std::function<void()>& attempt) {
-    try {
-        attempt();
-    } catch (const std::runtime_error& e) {
-        return std::string("runtime_error: ") + e.what();
-    } catch (const std::exception& e) {
-        return std::string("exception: ") + e.what();
-    }
-    return "none";
-}
-
 }  // namespace
 
 TEST(ManagerStart, SingletonIsBuiltAgainAfterEachFailedConstruction) {
-    deliverytest::ManagerRig& rig = deliverytest::managerRig();
-    deliverytest::clearLogs();
-
-    // No IPMI device.
-    rig.device.setDevicePresent(false);
-    deliverytest::installSmbios("PLATFAMILY00001");
-    {
-        SMBIOSVMware smbios;
-        EXPECT_EQ(failureOf([&] { zuvInBandComManager::getInstance(&smbios); }),
-                  "runtime_error: IPMI - Connection - Failed");
-    }
-    rig.device.setDevicePresent(true);
-
-    // No SMBIOS data: the platform can't be read.
-    deliverytest::installSmbios("");
-    {
-        SMBIOSVMware smbios;
-        EXPECT_EQ(failureOf([&] { zuvInBandComManager::getInstance(&smbios); }),
-                  "runtime_error: Couldnot Fetch the Platform details");
-    }
-
-    // Some other failure.
+    deliverytest::Rig& rig = deliverytest::rig();
+    zuvtest::clearLogs();
     BrokenSmbios broken;
-    EXPECT_EQ(failureOf([&] { zuvInBandComManager::getInstance(&broken); }), "exception: broken");
-
-    EXPECT_EQ(deliverytest::messages(kMainLog, "ZUV_COM_MANAGER"),
+    // No IPMI device; no SMBIOS data; some other failure.
+    const std::tuple<bool, const char*, zuvSmbiosInterface*, const char*> cases[] = {
+        {false, "PLATFAMILY00001", nullptr, "IPMI - Connection - Failed"},
+        {true, "", nullptr, "Couldnot Fetch the Platform details"},
+        {true, "PLATFAMILY00001", &broken, "broken"},
+    };
+    for (const auto& [device, family, smbios, failure] : cases) {
+        rig.device.setDevicePresent(device);
+        deliverytest::installSmbios(family);
+        SMBIOSVMware vmware;
+        try {
+            zuvInBandComManager::getInstance(smbios != nullptr ? smbios : &vmware);
+            ADD_FAILURE() << "built";
+        } catch (const std::exception& e) {
+            EXPECT_STREQ(e.what(), failure);
+            EXPECT_EQ(dynamic_cast<const std::runtime_error*>(&e) != nullptr, smbios == nullptr) << failure;
+        }
+    }
+    EXPECT_EQ(zuvtest::logMessages(zuvtest::kMainLog, "ZUV_COM_MANAGER"),
               (std::vector<std::string>{
                   "Creating zuvInBandComManager: platformId [PLATFAMILY00001]",
                   "FAILURE in Initializing the Communication Channel [IPMI - Connection - Failed]",
@@ -74,15 +57,12 @@ TEST(ManagerStart, SingletonIsBuiltAgainAfterEachFailedConstruction) {
     deliverytest::installSmbios("PLATFAMILY00004");
     SMBIOSVMware smbios;
     zuvInBandComManager* manager = zuvInBandComManager::getInstance(&smbios);
-    ASSERT_NE(manager, nullptr);
     EXPECT_EQ(zuvInBandComManager::getInstance(&broken), manager);
-    EXPECT_TRUE(deliverytest::logHolds(kMainLog, "Creating dispatch queue: ZUV - IPMI Dispatch Queue"));
-    EXPECT_TRUE(deliverytest::logHolds(kMainLog, "Creating zuvInBandComManager: platformId [PLATFAMILY00004]"));
-
+    EXPECT_TRUE(zuvtest::logHolds(zuvtest::kMainLog, "Creating zuvInBandComManager: platformId [PLATFAMILY00004]"));
+    EXPECT_TRUE(zuvtest::logHolds(zuvtest::kMainLog, "Creating dispatch queue: ZUV - IPMI Dispatch Queue"));
+    EXPECT_TRUE(zuvtest::logHolds(zuvtest::kMainLog, "Dispatch threads: 1"));
     deliverytest::Recorder results;
-    manager->initializeMsgHeader(zuvMsgHeader{"esx01", "7.0.3", 104, "192.0.2.10"});
-    manager->sendEvent(deliverytest::sampleEvent(708, "Test"), deliverytest::recordInto(results, 1));
+    manager->sendUtilization("{}", deliverytest::recordInto(results, 1));
     EXPECT_EQ(results.waitFor(1), std::vector<int>{10});
-    ASSERT_EQ(rig.rmc.commands().size(), 1u);
-    EXPECT_EQ(rig.rmc.commands()[0].name, "MPEventGen");
+    EXPECT_EQ(rig.rmc.commands().at(0).name, "WriteTelemetry");
 }
