@@ -1,39 +1,24 @@
 #pragma once
-// What the delivery and platform tests share: waits with a condition (never a sleep), and the
-// manager's world: a simulated RMC behind the IPMI device seam, installed before the IPMI
-// service is first built and never destroyed (the process's singletons use it until exit),
-// and SMBIOS images at the host's SMBIOS device path.
+// Shared by the delivery and platform tests: a recorder to wait on (never a sleep), and a simulated
+// RMC behind the IPMI device seam, installed before the IPMI service is first built and never
+// destroyed (the process's singletons use it until exit), with SMBIOS images at the device path.
 
 #include <unistd.h>
 
 #include <condition_variable>
 #include <future>
-#include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "platform/zuvSmbiosReader.h"
 #include "zuvSandbox.h"
-#include "zuvSimRmc.h"
 #include "zuvSimRmcDevice.h"
 #include "zuvSmbiosImage.h"
 #include "zuvTestLog.h"
 
 namespace deliverytest {
 
-using zuvtest::kDebugLog;
-using zuvtest::kMainLog;
+using Strings = std::vector<std::string>;
 
-// A door that tasks wait at until the test opens it.
-struct Gate {
-    std::promise<void> opener;
-    std::shared_future<void> opened = opener.get_future().share();
-    void open() { opener.set_value(); }
-    void wait() { opened.wait(); }
-};
-
-// Numbers in the order tasks recorded them.
+// Numbers in the order tasks recorded them, and a gate where tasks wait until it opens.
 class Recorder {
 public:
     void record(int value) {
@@ -41,27 +26,35 @@ public:
         values.push_back(value);
         changed.notify_all();
     }
-    // Waits until count numbers are there; all of them.
     std::vector<int> waitFor(size_t count) {
         std::unique_lock<std::mutex> lock(mutex);
         changed.wait(lock, [&] { return values.size() >= count; });
         return values;
     }
+    // A completion that records tag * 10 + its result.
+    std::function<void(int)> into(int tag) {
+        return [this, tag](int result) { record(tag * 10 + result); };
+    }
+    void open() { opener.set_value(); }
+    void wait() { opened.wait(); }
 
 private:
     std::mutex mutex;
     std::condition_variable changed;
     std::vector<int> values;
+    std::promise<void> opener;
+    std::shared_future<void> opened = opener.get_future().share();
 };
 
-// Completion values tagged by the caller: tag * 10 + result.
-inline std::function<void(int)> recordInto(Recorder& recorder, int tag) {
-    return [&recorder, tag](int result) { recorder.record(tag * 10 + result); };
-}
-
-// Waits until another thread has logged a line holding text.
-inline void waitForLog(const char* file, const std::string& text) {
-    while (!zuvtest::logHolds(file, text)) std::this_thread::yield();
+// The text of what the call throws.
+template <typename Call>
+std::string failureOf(Call call) {
+    try {
+        call();
+    } catch (const std::exception& e) {
+        return e.what();
+    }
+    return "no failure";
 }
 
 struct Rig {
@@ -69,7 +62,6 @@ struct Rig {
     zuvsim::SimulatedRmcDevice device{rmc};
 };
 
-// The logger and the rig, built once per process.
 inline Rig& rig() {
     static Rig* made = [] {
         zuvtest::startFileLogging();
@@ -80,17 +72,14 @@ inline Rig& rig() {
     return *made;
 }
 
-// An SMBIOS image whose system record has this family (none at all for an empty family),
-// with no table held by the reader, so the next open takes it.
+// An SMBIOS image whose system record has this family (no device at all for an empty family),
+// with no table held by the reader, so the next open reads it.
 inline void installSmbios(const std::string& family) {
     rig();
     smbiosClose();
-    if (family.empty()) {
-        unlink(smbiosDevicePath);
-        return;
-    }
+    unlink(smbiosDevicePath);
     const std::vector<uint8_t> bytes = zuvsim::SmbiosImage().addBios().addType1(family).bytes();
-    zuvtest::writeFile(smbiosDevicePath, std::string(bytes.begin(), bytes.end()));
+    if (!family.empty()) zuvtest::writeFile(smbiosDevicePath, std::string(bytes.begin(), bytes.end()));
 }
 
 }  // namespace deliverytest

@@ -1,44 +1,28 @@
-// zuvInBandComManager end to end over the simulated RMC: what the RMC receives, in which order,
-// the completion values, failures on the way, cleanup, doorbells and the message header.
+// zuvInBandComManager end to end over the simulated RMC: what the RMC receives and in which order,
+// the completion values, failures on the way, cleanup, destruction, doorbells and the header.
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <stdexcept>
-
-#include "delivery/zuvEventPayload.h"
 #include "delivery/zuvInBandComManager.h"
 #include "deliveryTestRig.h"
 #include "platform/SMBIOSVMware.h"
 
 using namespace deliverytest;
-using Strings = std::vector<std::string>;
+using zuvtest::kDebugLog;
+using zuvtest::kMainLog;
 
 namespace {
 
-const zuvMsgHeader kHeader{"esx01", "7.0.3", 104, "192.0.2.10"};
+zuvEvent sampleEvent(int id) { return {id, "2026-11-18T10:36:45Z", 0, "", "", "Slot 3 Port 1", "NVMe", {}}; }
 
-zuvEvent sampleEvent(int id) {
-    zuvEvent event;
-    event.id = id;
-    event.eventTime = "2026-11-18T10:36:45Z";
-    event.physicalLocation = "Slot 3 Port 1";
-    event.source = "NVMe";
-    return event;
+Strings managerLog(const char* file, const std::string& level = "") {
+    return zuvtest::logMessages(file, "ZUV_COM_MANAGER", level);
 }
 
-std::string eventText(const zuvEvent& event) {
-    Json::Value root;
-    zuvPopulateEventPayload(event, kHeader, root);
-    return zuvEventToString(root);
-}
-
-// A completion whose copies fail once armed, so that the event fails before it is queued.
-struct FailsWhenCopied {
-    std::shared_ptr<bool> armed = std::make_shared<bool>(false);
-    FailsWhenCopied() = default;
-    FailsWhenCopied(const FailsWhenCopied& other) : armed(other.armed) {
-        if (*armed) throw std::runtime_error("copy");
-    }
+// A completion that can be moved but not copied into a task: the event fails before it is queued.
+struct ThrowsWhenCopied {
+    ThrowsWhenCopied() = default;
+    ThrowsWhenCopied(ThrowsWhenCopied&&) = default;
+    ThrowsWhenCopied(const ThrowsWhenCopied&) { throw std::runtime_error("copy"); }
     void operator()(int) const { ADD_FAILURE() << "called"; }
 };
 
@@ -48,33 +32,28 @@ protected:
         installSmbios("PLATFAMILY00001");
         smbios = std::make_unique<SMBIOSVMware>();
         manager = std::make_unique<zuvInBandComManager>(smbios.get());
-        manager->initializeMsgHeader(kHeader);
+        manager->initializeMsgHeader({"esx01", "7.0.3", 104, "192.0.2.10"});
         before = rig().rmc.commands().size();
         zuvtest::clearLogs();
     }
-
-    // Keeps the worker inside an event's completion until the gate opens.
-    void holdWorker() {
-        manager->sendEvent(sampleEvent(1), [this](int result) {
-            held.record(result);
-            gate.wait();
-        });
-        held.waitFor(1);
-    }
-
-    // "command text" of what the RMC received since the test began.
+    // "command text" of each command the RMC received since the test began.
     Strings received() {
         Strings texts;
         const auto all = rig().rmc.commands();
         for (size_t i = before; i < all.size(); ++i) texts.push_back(all[i].name + " " + all[i].text());
         return texts;
     }
-
-    static Strings managerLog(const char* file) { return zuvtest::logMessages(file, "ZUV_COM_MANAGER"); }
-
-    // Declared before the manager, so that they outlive its worker.
-    Gate gate;
-    Recorder held, results;
+    // Keeps the worker inside a completion until held opens; first runs in it before that.
+    void holdWorker(const std::function<void()>& first = [] {}) {
+        manager->sendUtilization("hold", [this, first](int) {
+            first();
+            held.record(1);
+            held.wait();
+            held.record(2);
+        });
+        held.waitFor(1);
+    }
+    Recorder held, results;  // before the manager, so that they outlive its worker
     std::unique_ptr<SMBIOSVMware> smbios;
     std::unique_ptr<zuvInBandComManager> manager;
     size_t before = 0;
@@ -82,113 +61,92 @@ protected:
 
 }  // namespace
 
-TEST_F(ManagerTest, QueuedWorkRunsEventInventoryUtilizationThenAppTelemetry) {
-    holdWorker();
+TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoorbellsPassIt) {
+    holdWorker([this] { manager->sendUtilization("nested", nullptr); });  // the worker holds no lock
+    auto captured = std::make_shared<int>(0);
+    manager->sendEvent(sampleEvent(2), [captured](int) { ADD_FAILURE() << "called"; });
+    manager->sendInventory("dropped");
+    manager->cleanup();
+    EXPECT_EQ(captured.use_count(), 1) << "the dropped tasks are destroyed uncalled";
+    EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
+              (Strings{"Cleanup_Received: QSize [3]", "Q Cleaned_up: QSize [0]"}));
     zuvtest::clearLogs();
     std::string app = "{\"app\":1}";
     const std::string inventory(500, 'I');  // several blocks
-    manager->sendAppTelemetry(app, recordInto(results, 4));
-    manager->sendUtilization("{\"cpu\":42}", recordInto(results, 3));
+    manager->sendAppTelemetry(app, results.into(4));
+    manager->sendUtilization("{\"cpu\":42}", results.into(3));
     manager->sendInventory(inventory);
-    zuvEvent event = sampleEvent(835);
+    zuvEvent event = sampleEvent(708);
     event.variableData["Code"] = 1;
-    manager->sendEvent(event, recordInto(results, 1));
+    manager->sendEvent(event, results.into(1));
     app = "changed by the caller";  // the tasks hold copies
-    gate.open();
-
-    EXPECT_EQ(results.waitFor(3), (std::vector<int>{10, 30, 40}));
-    const Strings debug = managerLog(kDebugLog);  // before eventText() logs more
-    EXPECT_EQ(received(),
-              (Strings{"MPEventGen " + eventText(sampleEvent(1)), "MPEventGen " + eventText(event),
-                       "WriteInventory " + inventory, "WriteTelemetry {\"cpu\":42}", "WriteAppTelemetry {\"app\":1}"}));
-    EXPECT_TRUE(zuvtest::logHolds(kMainLog, "EventId [835]\n" + eventText(event) + "\n"));
-    EXPECT_EQ(managerLog(kMainLog),
-              (Strings{"Sending event through selected protocol - EventId [835]", "Sent - Successful"}));
-    EXPECT_EQ(Strings(debug.begin(), debug.begin() + 3),
-              (Strings{"Submit the Application Telemetry to Dispatcher",
-                       "Submit the Utilization Payload to the Dispatcher", "Submit the Inventory to Dispatcher"}));
-    EXPECT_EQ(debug.back(), "Submit the Event to Dispatcher");
-}
-
-TEST_F(ManagerTest, FailuresReachOnlyTheCallbackAndTheWorkerGoesOn) {
-    using Step = zuvsim::SimulatedRmcDevice::Step;
-    // A dead channel: sendEvent returns as usual, and the completion gets -1 later.
-    rig().device.failNext(Step::Send, 1);
-    manager->sendEvent(sampleEvent(708), recordInto(results, 1));
-    EXPECT_EQ(results.waitFor(1), std::vector<int>{9});
-    EXPECT_TRUE(zuvtest::logHolds(kMainLog, "Sent - Successful"));
-    // A failed inventory transfer ends its task quietly.
-    rig().device.failNext(Step::Receive, 1);
-    manager->sendInventory("{\"inventory\":true}");
-    // A completion that raises, against its contract, is called again with -1 by the transport.
-    manager->sendUtilization("{}", [this](int result) {
-        results.record(50 + result);
-        throw std::runtime_error("callback failed");
-    });
-    manager->sendUtilization("{}", nullptr);  // an empty completion is allowed
-    manager->sendAppTelemetry("{\"last\":1}", recordInto(results, 6));
-    EXPECT_EQ(results.waitFor(4), (std::vector<int>{9, 50, 49, 60}));
-
-    // A failure before the event is queued: the caller learns it at once, and only from the throw.
-    FailsWhenCopied completion;
-    std::function<void(int)> armedCompletion = completion;
-    *completion.armed = true;
-    try {
-        manager->sendEvent(sampleEvent(709), std::move(armedCompletion));
-        ADD_FAILURE() << "no exception";
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "Event NOT Delivered to RMC");
-    }
-    EXPECT_EQ(zuvtest::logMessages(kMainLog, "ZUV_COM_MANAGER", "ERROR"),
-              Strings{"Failed to send the Event to RMC = [709]"});
-    EXPECT_EQ(zuvtest::countMessage(managerLog(kMainLog), "Sent - Successful"), 1u);
-    EXPECT_EQ(received(), (Strings{"WriteInventory {\"inventory\":true}", "WriteTelemetry {}", "WriteTelemetry {}",
-                                   "WriteAppTelemetry {\"last\":1}"}));
-}
-
-TEST_F(ManagerTest, CleanupDropsQueuedWorkWithoutCallingBack) {
-    holdWorker();
-    manager->sendEvent(sampleEvent(2), recordInto(results, 2));
-    manager->sendInventory("dropped");
-    manager->sendUtilization("dropped", recordInto(results, 3));
-    manager->cleanup();
-    EXPECT_TRUE(zuvtest::logHolds(kMainLog, "Cleanup_Received: QSize [3]"));
-    gate.open();
-    manager->sendAppTelemetry("after", recordInto(results, 4));
-    EXPECT_EQ(results.waitFor(1), std::vector<int>{40});
-    EXPECT_EQ(received(), (Strings{"MPEventGen " + eventText(sampleEvent(1)), "WriteAppTelemetry after"}));
-}
-
-TEST_F(ManagerTest, DoorbellQuestionsBypassTheBusyQueueAndOnlyOneMeansYes) {
-    holdWorker();
-    const std::tuple<uint8_t, std::vector<uint8_t>, bool> cases[] = {
+    const std::tuple<uint8_t, std::vector<uint8_t>, bool> doorbells[] = {
         {0x82, {1, 0, 0, 0, 7}, true}, {0x82, {2, 0, 0, 0, 0}, false}, {0x83, {1, 0}, true}, {0x83, {2, 0}, false}};
-    for (const auto& [cmd, body, expected] : cases) {
+    for (const auto& [cmd, body, expected] : doorbells) {
         rig().rmc.setDoorBell(cmd, body);
         EXPECT_EQ(cmd == 0x82 ? manager->isTelemetryRequested() : manager->isIOFWURequested(), expected) << int(cmd);
     }
-    gate.open();
+    held.open();
+
+    const std::string json =
+        R"({"EventTime":"2026-11-18T10:36:45Z","HostName":"esx01","ID":708,"IPv4Addresses":[{"Address":"192.0.2.10"}],)"
+        R"("OSType":104,"OSVersion":"7.0.3","PhysicalLocation":"Slot 3 Port 1","Source":"NVMe","VariableData":{"Code":1}})";
+    EXPECT_EQ(results.waitFor(3), (std::vector<int>{10, 30, 40}));
+    EXPECT_EQ(received(), (Strings{"WriteTelemetry hold", "MPEventGen " + json, "WriteInventory " + inventory,
+                                   "WriteTelemetry {\"cpu\":42}", "WriteAppTelemetry {\"app\":1}"}));
+    EXPECT_TRUE(zuvtest::logHolds(kMainLog, "Sending event through selected protocol - EventId [708]\n" + json + "\n"));
+    EXPECT_EQ(managerLog(kMainLog),
+              (Strings{"Sending event through selected protocol - EventId [708]", "Sent - Successful"}));
+    EXPECT_EQ(
+        managerLog(kDebugLog),
+        (Strings{"Submit the Application Telemetry to Dispatcher", "Submit the Utilization Payload to the Dispatcher",
+                 "Submit the Inventory to Dispatcher", "Populate Event Payload - Start",
+                 "zuvInBandComManager: initialize Msg header [IP Address = 192.0.2.10]",
+                 "zuvInBandComManager: initialize Msg [phyloc = Slot 3 Port 1]",
+                 "zuvInBandComManager: Set variable data", "Populate Event Payload - Finished",
+                 "Transform Event obj to String", "Submit the Event to Dispatcher"}));
 }
 
-TEST_F(ManagerTest, HeaderProtocolAndDestruction) {
-    manager->initializeMsgHeader(zuvMsgHeader{"esx02", "8.0.1", 105, ""});
-    manager->sendEvent(sampleEvent(356), recordInto(results, 1));
-    results.waitFor(1);
-    EXPECT_EQ(received(), Strings{"MPEventGen "
-                                  R"({"EventTime":"2026-11-18T10:36:45Z","HostName":"esx02","ID":356,"OSType":105,)"
-                                  R"("OSVersion":"8.0.1","PhysicalLocation":"Slot 3 Port 1","Source":"NVMe"})"});
-    for (int protocol : {1, -1}) {
-        try {
-            manager->initialize(protocol);
-            ADD_FAILURE() << "no exception";
-        } catch (const std::runtime_error& e) {
-            EXPECT_STREQ(e.what(), "NOT Initialized - Protocol Not supported");
-        }
-    }
-    manager.reset();
-    EXPECT_EQ(managerLog(kDebugLog).front(),
-              "zuvInBandComManager: initialize Msg header [HostName = esx02], [OSVersion = 8.0.1], [OSType = 105]");
-    EXPECT_TRUE(zuvtest::hasMessage(managerLog(kDebugLog), "Initialize zuvInBandComManager: protocol [-1]"));
-    EXPECT_EQ(managerLog(kDebugLog).back(), "NO Supporting Protocol - existing");
-    EXPECT_EQ(managerLog(kMainLog).back(), "Destructor: zuvInBandComManager");
+TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndDestructionEndsTheTaskInProgress) {
+    using Step = zuvsim::SimulatedRmcDevice::Step;
+    rig().device.failNext(Step::Send, 1);  // a dead channel: the completion gets -1 later
+    manager->sendEvent(sampleEvent(708), results.into(1));
+    EXPECT_EQ(results.waitFor(1), std::vector<int>{9});
+    rig().device.failNext(Step::Receive, 1);  // a failed inventory transfer ends its task quietly
+    manager->sendInventory("{\"inventory\":true}");
+    manager->sendUtilization("{}", nullptr);  // an empty completion is allowed
+    manager->sendAppTelemetry("last", results.into(7));
+    EXPECT_EQ(results.waitFor(2), (std::vector<int>{9, 70}));
+    manager->initializeMsgHeader({"esx02", "8.0.1", 105, ""});
+    manager->sendEvent(sampleEvent(356), results.into(6));
+    EXPECT_EQ(results.waitFor(3).back(), 60);
+    EXPECT_EQ(failureOf([&] { manager->sendEvent(sampleEvent(709), std::function<void(int)>(ThrowsWhenCopied())); }),
+              "Event NOT Delivered to RMC");
+    EXPECT_EQ(managerLog(kMainLog, "ERROR"), Strings{"Failed to send the Event to RMC = [709]"});
+    EXPECT_EQ(zuvtest::countMessage(managerLog(kMainLog), "Sent - Successful"), 2u);
+    EXPECT_EQ(received(), (Strings{"WriteInventory {\"inventory\":true}", "WriteTelemetry {}", "WriteAppTelemetry last",
+                                   "MPEventGen "
+                                   R"({"EventTime":"2026-11-18T10:36:45Z","HostName":"esx02","ID":356,"OSType":105,)"
+                                   R"("OSVersion":"8.0.1","PhysicalLocation":"Slot 3 Port 1","Source":"NVMe"})"}));
+    for (int protocol : {1, -1})
+        EXPECT_EQ(failureOf([&] { manager->initialize(protocol); }), "NOT Initialized - Protocol Not supported");
+    const Strings debug = managerLog(kDebugLog);
+    EXPECT_TRUE(zuvtest::hasMessage(
+        debug, "zuvInBandComManager: initialize Msg header [HostName = esx02], [OSVersion = 8.0.1], [OSType = 105]"));
+    EXPECT_EQ(Strings(debug.end() - 2, debug.end()),
+              (Strings{"Initialize zuvInBandComManager: protocol [-1]", "NO Supporting Protocol - existing"}));
+
+    holdWorker();
+    auto captured = std::make_shared<int>(0);
+    manager->sendEvent(sampleEvent(3), [captured](int) { ADD_FAILURE() << "called"; });
+    zuvtest::clearLogs();
+    std::thread destroyer([this] { manager.reset(); });
+    while (!zuvtest::logHolds(kMainLog, "Joining thread 0")) std::this_thread::yield();
+    held.open();
+    destroyer.join();
+    EXPECT_EQ(held.waitFor(2), (std::vector<int>{1, 2})) << "the task in progress ends first";
+    EXPECT_EQ(captured.use_count(), 1) << "the queued task is dropped uncalled";
+    EXPECT_EQ(managerLog(kMainLog), Strings{"Destructor: zuvInBandComManager"});
+    EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
+              (Strings{"Destructor: Destroying dispatch threads...", "Destructor: Joining thread 0 until completion"}));
 }
