@@ -50,6 +50,7 @@ TEST(DispatcherQueue, TasksRunByPriorityAndEqualPrioritiesInHeapOrder) {
 }
 
 TEST(DispatcherQueue, StoppedWorkerlessAndHalfStartedQueuesRunNothing) {
+    rig();
     for (size_t threads : {0, 1, 3}) {
         std::atomic<int> calls{0};
         {

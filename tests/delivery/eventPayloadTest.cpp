@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "delivery/zuvEventPayload.h"
+#include "deliveryTestRig.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ std::string render(const zuvEvent& event, const zuvMsgHeader& header) {
 }  // namespace
 
 TEST(EventPayload, LocationAndVariableDataOnlyWhenThereAreAny) {
+    deliverytest::rig();
     const std::string head = R"({"EventTime":"t","HostName":"h","ID":-5,"IPv4Addresses":[{"Address":"a"}],)"
                              R"("OSType":1,"OSVersion":"v",)";
     const std::tuple<const char*, Json::Value, const char*> cases[] = {

@@ -1,5 +1,6 @@
-// zuvInBandComManager end to end over the simulated RMC: what the RMC receives and in which order,
-// the completion values, failures on the way, cleanup, destruction, doorbells and the header.
+// zuvInBandComManager end to end over the simulated RMC. The process's singleton is built in the
+// suite's set-up, after failed attempts (no other test of this program uses IPMI); the tests use it:
+// what the RMC receives and in which order, completions, failures, cleanup, doorbells, the header.
 #include <gtest/gtest.h>
 
 #include "delivery/zuvInBandComManager.h"
@@ -18,6 +19,14 @@ Strings managerLog(const char* file, const std::string& level = "") {
     return zuvtest::logMessages(file, "ZUV_COM_MANAGER", level);
 }
 
+// SMBIOS access whose platform look-up fails with something other than a runtime error.
+struct BrokenSmbios : zuvSmbiosInterface {
+    std::string getFamily() override { return "PLATFAMILY00001"; }
+    std::string getManufacturer() override { return ""; }
+    int32_t getPlatform() override { throw std::logic_error("broken"); }
+    int getSmbiosTable(int, void**, unsigned*) override { return -1; }
+};
+
 // A completion that can be moved but not copied into a task: the event fails before it is queued.
 struct ThrowsWhenCopied {
     ThrowsWhenCopied() = default;
@@ -28,10 +37,39 @@ struct ThrowsWhenCopied {
 
 class ManagerTest : public ::testing::Test {
 protected:
+    // Each failed construction is tried again in full, the opening of the IPMI device included.
+    static void SetUpTestSuite() {
+        rig();
+        zuvtest::clearLogs();
+        BrokenSmbios broken;
+        // IPMI device present, SMBIOS family, SMBIOS access (the host's when null), the failure.
+        const std::tuple<bool, const char*, zuvSmbiosInterface*, const char*> cases[] = {
+            {false, "PLATFAMILY00001", nullptr, "IPMI - Connection - Failed"},
+            {true, "", nullptr, "Couldnot Fetch the Platform details"},
+            {true, "PLATFAMILY00001", &broken, "broken"},
+            {true, "PLATFAMILY00001", nullptr, "no failure"},
+        };
+        for (const auto& [device, family, access, failure] : cases) {
+            rig().device.setDevicePresent(device);
+            installSmbios(family);
+            SMBIOSVMware smbios;
+            zuvSmbiosInterface* used = access != nullptr ? access : &smbios;
+            EXPECT_EQ(failureOf([used] { manager = zuvInBandComManager::getInstance(used); }), failure);
+        }
+        EXPECT_EQ(zuvInBandComManager::getInstance(&broken), manager) << "the first argument that works counts";
+        EXPECT_EQ(managerLog(kMainLog),
+                  (Strings{"Creating zuvInBandComManager: platformId [PLATFAMILY00001]",
+                           "FAILURE in Initializing the Communication Channel [IPMI - Connection - Failed]",
+                           "Creating zuvInBandComManager: platformId []",
+                           "FAILURE in Initializing the Communication Channel [Couldnot Fetch the Platform details]",
+                           "Creating zuvInBandComManager: platformId [PLATFAMILY00001]",
+                           "FAILURE in Initializing the Communication Channel & Dispatcher Queue",
+                           "Creating zuvInBandComManager: platformId [PLATFAMILY00001]"}));
+        EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
+                  (Strings{"Creating dispatch queue: ZUV - IPMI Dispatch Queue", "Dispatch threads: 1"}));
+        EXPECT_EQ(managerLog(kDebugLog).back(), "Initialize zuvInBandComManager: protocol [0]");
+    }
     void SetUp() override {
-        installSmbios("PLATFAMILY00001");
-        smbios = std::make_unique<SMBIOSVMware>();
-        manager = std::make_unique<zuvInBandComManager>(smbios.get());
         manager->initializeMsgHeader({"esx01", "7.0.3", 104, "192.0.2.10"});
         before = rig().rmc.commands().size();
         zuvtest::clearLogs();
@@ -43,9 +81,10 @@ protected:
         for (size_t i = before; i < all.size(); ++i) texts.push_back(all[i].name + " " + all[i].text());
         return texts;
     }
-    // Keeps the worker inside a completion until held opens; first runs in it before that.
-    void holdWorker(const std::function<void()>& first = [] {}) {
-        manager->sendUtilization("hold", [this, first](int) {
+    // Keeps the worker of a manager inside a completion until held opens; first runs in it before that.
+    void holdWorker(
+        zuvInBandComManager& busy, const std::function<void()>& first = [] {}) {
+        busy.sendUtilization("hold", [this, first](int) {
             first();
             held.record(1);
             held.wait();
@@ -53,16 +92,17 @@ protected:
         });
         held.waitFor(1);
     }
-    Recorder held, results;  // before the manager, so that they outlive its worker
-    std::unique_ptr<SMBIOSVMware> smbios;
-    std::unique_ptr<zuvInBandComManager> manager;
+    static zuvInBandComManager* manager;
+    Recorder held, results;  // the tasks that use them end within the test
     size_t before = 0;
 };
+
+zuvInBandComManager* ManagerTest::manager = nullptr;
 
 }  // namespace
 
 TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoorbellsPassIt) {
-    holdWorker([this] { manager->sendUtilization("nested", nullptr); });  // the worker holds no lock
+    holdWorker(*manager, [] { manager->sendUtilization("nested", nullptr); });  // the worker holds no lock
     auto captured = std::make_shared<int>(0);
     manager->sendEvent(sampleEvent(2), [captured](int) { ADD_FAILURE() << "called"; });
     manager->sendInventory("dropped");
@@ -136,11 +176,13 @@ TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndDestructionEndsThe
     EXPECT_EQ(Strings(debug.end() - 2, debug.end()),
               (Strings{"Initialize zuvInBandComManager: protocol [-1]", "NO Supporting Protocol - existing"}));
 
-    holdWorker();
+    SMBIOSVMware smbios;
+    auto own = std::make_unique<zuvInBandComManager>(&smbios);
+    holdWorker(*own);
     auto captured = std::make_shared<int>(0);
-    manager->sendEvent(sampleEvent(3), [captured](int) { ADD_FAILURE() << "called"; });
+    own->sendEvent(sampleEvent(3), [captured](int) { ADD_FAILURE() << "called"; });
     zuvtest::clearLogs();
-    std::thread destroyer([this] { manager.reset(); });
+    std::thread destroyer([&own] { own.reset(); });
     while (!zuvtest::logHolds(kMainLog, "Joining thread 0")) std::this_thread::yield();
     held.open();
     destroyer.join();
