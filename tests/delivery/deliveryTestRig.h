@@ -35,8 +35,12 @@ public:
     std::function<void(int)> into(int tag) {
         return [this, tag](int result) { record(tag * 10 + result); };
     }
+    // Records tag and waits until the gate opens.
+    void hold(int tag) {
+        record(tag);
+        opened.wait();
+    }
     void open() { opener.set_value(); }
-    void wait() { opened.wait(); }
 
 private:
     std::mutex mutex;

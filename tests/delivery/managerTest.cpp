@@ -1,6 +1,6 @@
 // zuvInBandComManager end to end over the simulated RMC. The process's singleton is built in the
 // suite's set-up, after failed attempts (no other test of this program uses IPMI); the tests use it:
-// what the RMC receives and in which order, completions, failures, cleanup, doorbells, the header.
+// what the RMC receives and in which order, completions, failures, cleanup, doorbells, the logs.
 #include <gtest/gtest.h>
 
 #include "delivery/zuvInBandComManager.h"
@@ -56,7 +56,6 @@ protected:
             zuvSmbiosInterface* used = access != nullptr ? access : &smbios;
             EXPECT_EQ(failureOf([used] { manager = zuvInBandComManager::getInstance(used); }), failure);
         }
-        EXPECT_EQ(zuvInBandComManager::getInstance(&broken), manager) << "the first argument that works counts";
         EXPECT_EQ(managerLog(kMainLog),
                   (Strings{"Creating zuvInBandComManager: platformId [PLATFAMILY00001]",
                            "FAILURE in Initializing the Communication Channel [IPMI - Connection - Failed]",
@@ -81,17 +80,6 @@ protected:
         for (size_t i = before; i < all.size(); ++i) texts.push_back(all[i].name + " " + all[i].text());
         return texts;
     }
-    // Keeps the worker of a manager inside a completion until held opens; first runs in it before that.
-    void holdWorker(
-        zuvInBandComManager& busy, const std::function<void()>& first = [] {}) {
-        busy.sendUtilization("hold", [this, first](int) {
-            first();
-            held.record(1);
-            held.wait();
-            held.record(2);
-        });
-        held.waitFor(1);
-    }
     static zuvInBandComManager* manager;
     Recorder held, results;  // the tasks that use them end within the test
     size_t before = 0;
@@ -102,12 +90,14 @@ zuvInBandComManager* ManagerTest::manager = nullptr;
 }  // namespace
 
 TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoorbellsPassIt) {
-    holdWorker(*manager, [] { manager->sendUtilization("nested", nullptr); });  // the worker holds no lock
-    auto captured = std::make_shared<int>(0);
-    manager->sendEvent(sampleEvent(2), [captured](int) { ADD_FAILURE() << "called"; });
+    manager->sendUtilization("hold", [this](int) {
+        manager->sendUtilization("nested", nullptr);  // the worker holds no lock while a task runs
+        held.hold(1);
+    });
+    held.waitFor(1);
+    manager->sendEvent(sampleEvent(2), results.into(2));
     manager->sendInventory("dropped");
-    manager->cleanup();
-    EXPECT_EQ(captured.use_count(), 1) << "the dropped tasks are destroyed uncalled";
+    manager->cleanup();  // the completions of dropped tasks are never called
     EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
               (Strings{"Cleanup_Received: QSize [3]", "Q Cleaned_up: QSize [0]"}));
     zuvtest::clearLogs();
@@ -120,12 +110,10 @@ TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoor
     event.variableData["Code"] = 1;
     manager->sendEvent(event, results.into(1));
     app = "changed by the caller";  // the tasks hold copies
-    const std::tuple<uint8_t, std::vector<uint8_t>, bool> doorbells[] = {
-        {0x82, {1, 0, 0, 0, 7}, true}, {0x82, {2, 0, 0, 0, 0}, false}, {0x83, {1, 0}, true}, {0x83, {2, 0}, false}};
-    for (const auto& [cmd, body, expected] : doorbells) {
-        rig().rmc.setDoorBell(cmd, body);
-        EXPECT_EQ(cmd == 0x82 ? manager->isTelemetryRequested() : manager->isIOFWURequested(), expected) << int(cmd);
-    }
+    rig().rmc.setDoorBell(0x82, {1, 0, 0, 0, 7});
+    rig().rmc.setDoorBell(0x83, {2, 0});  // only 1 means yes
+    EXPECT_EQ(std::make_pair(manager->isTelemetryRequested(), manager->isIOFWURequested()),
+              std::make_pair(true, false));
     held.open();
 
     const std::string json =
@@ -147,7 +135,7 @@ TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoor
                  "Transform Event obj to String", "Submit the Event to Dispatcher"}));
 }
 
-TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndDestructionEndsTheTaskInProgress) {
+TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndTheWorkerGoesOn) {
     using Step = zuvsim::SimulatedRmcDevice::Step;
     rig().device.failNext(Step::Send, 1);  // a dead channel: the completion gets -1 later
     manager->sendEvent(sampleEvent(708), results.into(1));
@@ -168,27 +156,45 @@ TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndDestructionEndsThe
                                    "MPEventGen "
                                    R"({"EventTime":"2026-11-18T10:36:45Z","HostName":"esx02","ID":356,"OSType":105,)"
                                    R"("OSVersion":"8.0.1","PhysicalLocation":"Slot 3 Port 1","Source":"NVMe"})"}));
-    for (int protocol : {1, -1})
-        EXPECT_EQ(failureOf([&] { manager->initialize(protocol); }), "NOT Initialized - Protocol Not supported");
+    EXPECT_EQ(failureOf([&] { manager->initialize(1); }), "NOT Initialized - Protocol Not supported");
     const Strings debug = managerLog(kDebugLog);
     EXPECT_TRUE(zuvtest::hasMessage(
         debug, "zuvInBandComManager: initialize Msg header [HostName = esx02], [OSVersion = 8.0.1], [OSType = 105]"));
     EXPECT_EQ(Strings(debug.end() - 2, debug.end()),
-              (Strings{"Initialize zuvInBandComManager: protocol [-1]", "NO Supporting Protocol - existing"}));
-
-    SMBIOSVMware smbios;
-    auto own = std::make_unique<zuvInBandComManager>(&smbios);
-    holdWorker(*own);
-    auto captured = std::make_shared<int>(0);
-    own->sendEvent(sampleEvent(3), [captured](int) { ADD_FAILURE() << "called"; });
-    zuvtest::clearLogs();
-    std::thread destroyer([&own] { own.reset(); });
-    while (!zuvtest::logHolds(kMainLog, "Joining thread 0")) std::this_thread::yield();
-    held.open();
-    destroyer.join();
-    EXPECT_EQ(held.waitFor(2), (std::vector<int>{1, 2})) << "the task in progress ends first";
-    EXPECT_EQ(captured.use_count(), 1) << "the queued task is dropped uncalled";
+              (Strings{"Initialize zuvInBandComManager: protocol [1]", "NO Supporting Protocol - existing"}));
+    {
+        SMBIOSVMware smbios;
+        zuvInBandComManager own(&smbios);
+        zuvtest::clearLogs();
+    }
     EXPECT_EQ(managerLog(kMainLog), Strings{"Destructor: zuvInBandComManager"});
     EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
               (Strings{"Destructor: Destroying dispatch threads...", "Destructor: Joining thread 0 until completion"}));
+}
+
+TEST_F(ManagerTest, EventJsonHasLocationAndVariableDataOnlyWhenThereAreAny) {
+    auto render = [](const zuvEvent& event) {
+        Json::Value root;
+        manager->populateEventPayload(event, root);
+        return manager->eventToString(root);
+    };
+    manager->initializeMsgHeader({"h", "v", 1, "a"});
+    const std::string head = R"({"EventTime":"t","HostName":"h","ID":-5,"IPv4Addresses":[{"Address":"a"}],)"
+                             R"("OSType":1,"OSVersion":"v",)";
+    const std::tuple<const char*, Json::Value, const char*> cases[] = {
+        {"Not Applicable", {}, R"("Source":"s"})"},
+        {"Not Available", {}, R"("Source":"s"})"},
+        {"NotApplicable", {}, R"("Source":"s"})"},
+        {"NotAvailable", {}, R"("Source":"s"})"},
+        {"", {}, R"("Source":"s"})"},
+        {"not available", {}, R"("PhysicalLocation":"not available","Source":"s"})"},
+        {"NotAvailable ", {}, R"("PhysicalLocation":"NotAvailable ","Source":"s"})"},
+        {"", Json::objectValue, R"("Source":"s","VariableData":{}})"},
+        {"", 0, R"("Source":"s","VariableData":0})"},
+        {"", false, R"("Source":"s","VariableData":false})"},
+    };
+    for (const auto& [location, data, tail] : cases)
+        EXPECT_EQ(render({-5, "t", 7, "not sent", "not sent", location, "s", data}), head + tail) << location << data;
+    manager->initializeMsgHeader({});
+    EXPECT_EQ(render({}), R"({"EventTime":"","HostName":"","ID":0,"OSType":0,"OSVersion":"","Source":""})");
 }

@@ -36,25 +36,41 @@ TEST(EventResolver, EachPlatformResolvesExactlyItsTableWithNumbersCutTo16Bits) {
             EXPECT_EQ(got, known ? std::to_string(ids[number]) : "IEL Event Not Matching") << number;
         }
     }
-    EXPECT_EQ(IELEventMap::preSPHEventTable().size() * 100 + IELEventMap::sphEventTable().size(), 4749u);
+    EXPECT_EQ(IELEventMap::preSPHEventTable().size(), 47u);
+    EXPECT_EQ(IELEventMap::sphEventTable().size(), 49u);
 }
 
-TEST(PlatformServices, RecordFollowsTheFamilyAndTheKernelLine) {
+// The answers of the predicates, in the order 2, 4, 0/1, 2/4, 0/1/2, 0/1/2/4.
+static std::string predicates() {
+    std::string answers;
+    for (bool answer : {isPlatform2(), isPlatform4(), isPlatform0Or1(), isPlatform2Or4(), isPlatform0Or1Or2(),
+                        isPlatform0Or1Or2Or4()})
+        answers += answer ? "1" : "0";
+    return answers;
+}
+
+TEST(PlatformServices, RecordAndCachedCodeFollowTheFamilyAndTheKernelLine) {
     vmwaretest::FakeHostSystem host;
     deliverytest::rig();
     zuvtest::clearLogs();
-    // Family, kernel name and release; then platform code, the id of event 46, the resource managers.
-    const std::tuple<const char*, const char*, const char*, int32_t, uint32_t, Ids> cases[] = {
-        {"PLATFAMILY00004", "VMkernel", "8.0.2", 4, 1750, {8, 1, 0, 2, 3, 4, 5}},
-        {"PLATFAMILY00001", "VMkernel", "7.0.3", 0, 1441, {1, 0, 2, 3, 4, 5}},
-        {"PLATFAMILY00002", "VMkernel", "9.0.0", 1, 1441, {8, 1, 0, 2, 3, 4, 5}},
-        {"PLATFAMILY00003", "Linux VMkernel", "8.0", 2, 1441, {6, 99, 8, 8, 1, 0, 2, 3, 4, 5}},
-        {"platfamily00004", "Linux Windows VMkernel", "9.0 8.0", -1, 1441, {6, 99, 8, 8, 8, 1, 0, 2, 3, 4, 5}},
-        {"PLATFAMILY000010", "Windows", "8.0", -1, 1441, {8, 1, 0, 2, 3, 4, 5}},
-        {"PLATFAMILY0000", "vmkernel linux windows", "8.0", -1, 1441, {1, 0, 2, 3, 4, 5}},
+    // Family, kernel name and release; the platform code, the predicates, the id of event 46, the resource managers.
+    const std::tuple<const char*, const char*, const char*, int32_t, const char*, uint32_t, Ids> cases[] = {
+        {"PLATFAMILY00004", "VMkernel", "8.0.2", 4, "010101", 1750, {8, 1, 0, 2, 3, 4, 5}},
+        {"PLATFAMILY00001", "VMkernel", "7.0.3", 0, "001011", 1441, {1, 0, 2, 3, 4, 5}},
+        {"PLATFAMILY00002", "VMkernel", "9.0.0", 1, "001011", 1441, {8, 1, 0, 2, 3, 4, 5}},
+        {"PLATFAMILY00003", "Linux VMkernel", "8.0", 2, "100111", 1441, {6, 99, 8, 8, 1, 0, 2, 3, 4, 5}},
+        {"platfamily00004",
+         "Linux Windows VMkernel",
+         "9.0 8.0",
+         -1,
+         "000000",
+         1441,
+         {6, 99, 8, 8, 8, 1, 0, 2, 3, 4, 5}},
+        {"PLATFAMILY000010", "Windows", "8.0", -1, "000000", 1441, {8, 1, 0, 2, 3, 4, 5}},
+        {"PLATFAMILY0000", "vmkernel linux windows", "8.0", -1, "000000", 1441, {1, 0, 2, 3, 4, 5}},
     };
     std::unique_ptr<zuvPlatformServices> first;
-    for (const auto& [family, kernel, release, code, id46, ids] : cases) {
+    for (const auto& [family, kernel, release, code, answers, id46, ids] : cases) {
         installSmbios(family);
         host.sysname = kernel;
         host.release = release;
@@ -64,54 +80,30 @@ TEST(PlatformServices, RecordFollowsTheFamilyAndTheKernelLine) {
                   family + std::string(", Zuv Test Systems"));
         EXPECT_EQ(services->getEventResolver()->resolve(46), id46) << family;
         EXPECT_EQ(services->getResourceManagers(), ids) << kernel << " " << release;
+        storeCachedPlatformCode(-1);
+        EXPECT_EQ(std::to_string(getCachedPlatformCode()) + " " + predicates(), std::to_string(code) + " " + answers);
         if (!first) first = std::move(services);
     }
-    auto again = getPlatformServices(1);
-    void* table = nullptr;
-    unsigned count = 0;
-    EXPECT_EQ(again->getSmbios()->getSmbiosTable(41, &table, &count), -1);
-    EXPECT_EQ(again->getSmbios()->getSmbiosTable(1, &table, &count) * 10 + count, 1);
-    free(table);
+    storeCachedPlatformCode(3);  // no predicate knows code 3
+    EXPECT_EQ(predicates(), "000000");
+    const auto again = getPlatformServices(1);
     EXPECT_TRUE(first->getInBandComManager() != nullptr && first->getSDRCache() != nullptr);
     EXPECT_EQ(first->getInBandComManager(), again->getInBandComManager()) << "singletons are shared";
     EXPECT_EQ(first->getSDRCache(), again->getSDRCache());
-    again.reset();  // the first record's own parts stay
-    EXPECT_EQ(first->getEventResolver()->resolve(49), 1968u);
     const auto lines = zuvtest::logMessages(zuvtest::kDebugLog, "ZUV_PLATFORM_SERVICE_BUILDER");
     EXPECT_EQ(deliverytest::Strings(lines.begin(), lines.begin() + 2),
               (deliverytest::Strings{"Building the Resource Manager List applicable to the Environment",
                                      "Target OS [VMkernel esx01 8.0.2 #1 SMP Release build-22380479 x86_64]"}));
-    host.unameError = EFAULT;  // the kernel line is one blank: only the fixed ids
-    EXPECT_EQ(getPlatformServices(1)->getResourceManagers(), (Ids{1, 0, 2, 3, 4, 5}));
-    installSmbios("");
+    storeCachedPlatformCode(-1);  // unknown: asked again at each call
+    EXPECT_FALSE(isPlatform0Or1Or2Or4());
+    installSmbios("PLATFAMILY00002");
+    EXPECT_TRUE(isPlatform0Or1());
+    installSmbios("");  // known: kept without asking
+    EXPECT_TRUE(isPlatform0Or1Or2());
+    storeCachedPlatformCode(-1);
+    EXPECT_EQ(failureOf(getCachedPlatformCode), "Couldnot Fetch the Platform details");
     EXPECT_EQ(failureOf([] { getPlatformServices(1); }), "Couldnot Fetch the Platform details");
     SMBIOSVMware none;
     EXPECT_THROW(none.getFamily(), smbios_exceptions::not_initialized);
     EXPECT_THROW(none.getManufacturer(), smbios_exceptions::not_initialized);
-}
-
-TEST(PlatformCode, CachedOnceKnownAskedAgainWhileUnknownAndTestedByThePredicates) {
-    // The predicates' answers, in the order 2, 4, 0/1, 2/4, 0/1/2, 0/1/2/4.
-    const std::pair<int32_t, const char*> cases[] = {{0, "001011"}, {1, "001011"},  {2, "100111"}, {3, "000000"},
-                                                     {4, "010101"}, {99, "000000"}, {-7, "000000"}};
-    for (const auto& [code, answers] : cases) {
-        storeCachedPlatformCode(code);
-        std::string got;
-        for (bool answer : {isPlatform2(), isPlatform4(), isPlatform0Or1(), isPlatform2Or4(), isPlatform0Or1Or2(),
-                            isPlatform0Or1Or2Or4()})
-            got += answer ? "1" : "0";
-        EXPECT_EQ(got, answers) << code;
-    }
-    storeCachedPlatformCode(-1);
-    installSmbios("");
-    EXPECT_EQ(failureOf(getCachedPlatformCode), "Couldnot Fetch the Platform details");
-    installSmbios("NOT A KNOWN FAMILY");
-    EXPECT_FALSE(isPlatform0Or1Or2Or4());
-    installSmbios("PLATFAMILY00002");
-    EXPECT_TRUE(isPlatform0Or1()) << "unknown is asked again";
-    installSmbios("PLATFAMILY00004");
-    EXPECT_EQ(getCachedPlatformCode(), 1) << "known is kept";
-    installSmbios("");
-    EXPECT_TRUE(isPlatform0Or1Or2());
-    storeCachedPlatformCode(-1);
 }

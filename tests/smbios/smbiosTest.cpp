@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <thread>
 
 #include "platform/zuvSmbiosReader.h"
 #include "platform/zuvSmbiosUuid.h"
@@ -122,7 +121,7 @@ TEST(Smbios, RecordsOfEachTypeFieldByField) {
     }
 }
 
-TEST(Smbios, HeldTableIsKeptBySecondOpenGivenUpByCloseAndSharedByConcurrentLookups) {
+TEST(Smbios, HeldTableIsKeptBySecondOpenAndGivenUpByClose) {
     install(SmbiosImage().addBios().addStructure(9, kSlot, {"Slot 3"}).bytes());
     ASSERT_EQ(smbiosOpen(), 0);
     zuvtest::writeFile(smbiosDevicePath, "");
@@ -130,11 +129,6 @@ TEST(Smbios, HeldTableIsKeptBySecondOpenGivenUpByCloseAndSharedByConcurrentLooku
     EXPECT_EQ(smbiosOpen() + smbiosGetRecords(9, &table, nullptr), 0) << "count may be null";
     EXPECT_EQ(static_cast<smbiosSystemSlot*>(table)->recordType, 9);
     free(table);
-    std::vector<std::string> seen(4);
-    std::vector<std::thread> threads;
-    for (std::string& text : seen) threads.emplace_back([&text] { text = dump(9); });
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(seen, std::vector<std::string>(4, kSlotText));
     smbiosClose();
     smbiosClose();
     EXPECT_EQ(dump(9), "-1");
