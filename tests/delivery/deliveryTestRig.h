@@ -1,7 +1,6 @@
 #pragma once
-// Shared by the delivery and platform tests: a recorder to wait on (never a sleep), and a simulated
-// RMC behind the IPMI device seam, installed before the IPMI service is first built and never
-// destroyed (the process's singletons use it until exit), with SMBIOS images at the device path.
+// Shared by the delivery, SMBIOS and platform tests: a recorder to wait on, a simulated RMC behind
+// the IPMI device seam (never destroyed: the singletons use it until exit), SMBIOS images.
 
 #include <unistd.h>
 
@@ -31,11 +30,10 @@ public:
         changed.wait(lock, [&] { return values.size() >= count; });
         return values;
     }
-    // A completion that records tag * 10 + its result.
     std::function<void(int)> into(int tag) {
         return [this, tag](int result) { record(tag * 10 + result); };
     }
-    // Records tag and waits until the gate opens.
+    // Records tag and waits until the gate opens: a task that keeps its worker busy.
     void hold(int tag) {
         record(tag);
         opened.wait();
@@ -52,38 +50,36 @@ private:
 
 // The text of what the call throws.
 template <typename Call>
-std::string failureOf(Call call) {
-    try {
-        call();
-    } catch (const std::exception& e) {
-        return e.what();
-    }
+std::string failureOf(Call call) try {
+    call();
     return "no failure";
+} catch (const std::exception& e) {
+    return e.what();
 }
 
 struct Rig {
     zuvsim::SimulatedRmc rmc;
     zuvsim::SimulatedRmcDevice device{rmc};
+    Rig() { zuvIPMI::setDeviceSystem(&device); }
 };
 
+// The logger and the rig, once per process, before the IPMI service is first built.
 inline Rig& rig() {
-    static Rig* made = [] {
-        zuvtest::startFileLogging();
-        auto* built = new Rig();
-        zuvIPMI::setDeviceSystem(&built->device);
-        return built;
-    }();
+    static Rig* made = (zuvtest::startFileLogging(), new Rig());
     return *made;
 }
 
-// An SMBIOS image whose system record has this family (no device at all for an empty family),
-// with no table held by the reader, so the next open reads it.
+// The SMBIOS device holds these bytes, and no table is held by the reader, so the next open reads them.
+inline void installImage(const std::vector<uint8_t>& bytes) {
+    smbiosClose();
+    zuvtest::writeFile(smbiosDevicePath, std::string(bytes.begin(), bytes.end()));
+}
+
+// An image whose system record has this family; no device at all for an empty family.
 inline void installSmbios(const std::string& family) {
     rig();
-    smbiosClose();
-    unlink(smbiosDevicePath);
-    const std::vector<uint8_t> bytes = zuvsim::SmbiosImage().addBios().addType1(family).bytes();
-    if (!family.empty()) zuvtest::writeFile(smbiosDevicePath, std::string(bytes.begin(), bytes.end()));
+    installImage(zuvsim::SmbiosImage().addBios().addType1(family).bytes());
+    if (family.empty()) unlink(smbiosDevicePath);
 }
 
 }  // namespace deliverytest
