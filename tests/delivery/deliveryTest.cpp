@@ -81,12 +81,11 @@ struct ThrowsWhenCopied {
 
 class ManagerTest : public ::testing::Test {
 protected:
-    // Each failed construction is tried again in full, the opening of the IPMI device included.
     static void SetUpTestSuite() {
         rig();
         zuvtest::clearLogs();
         BrokenSmbios broken;
-        // IPMI device present, SMBIOS family, SMBIOS access (the host's when null), the failure.
+        // IPMI device present, SMBIOS family and access (the host's when null), failure; all tried anew.
         const std::tuple<bool, const char*, zuvSmbiosInterface*, const char*> cases[] = {
             {false, "PLATFAMILY00001", nullptr, "IPMI - Connection - Failed"},
             {true, "", nullptr, "Couldnot Fetch the Platform details"},
@@ -96,8 +95,8 @@ protected:
         for (const auto& [device, family, access, failure] : cases) {
             rig().device.setDevicePresent(device);
             installSmbios(family);
-            SMBIOSVMware smbios;
-            zuvSmbiosInterface* used = access != nullptr ? access : &smbios;
+            SMBIOSVMware host;
+            zuvSmbiosInterface* used = access != nullptr ? access : &host;
             EXPECT_EQ(failureOf([used] { manager = zuvInBandComManager::getInstance(used); }), failure);
         }
         EXPECT_EQ(managerLog(kMainLog),
@@ -110,11 +109,12 @@ protected:
                            "Creating zuvInBandComManager: platformId [PLATFAMILY00001]"}));
         EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
                   (Strings{"Creating dispatch queue: ZUV - IPMI Dispatch Queue", "Dispatch threads: 1"}));
+        EXPECT_EQ(zuvInBandComManager::getInstance(&broken), manager) << "the first argument that works counts";
     }
     void SetUp() override {
+        zuvtest::clearLogs();
         manager->initializeMsgHeader({"esx01", "7.0.3", 104, "192.0.2.10"});
         before = rig().rmc.commands().size();
-        zuvtest::clearLogs();
     }
     // "command text" of what the RMC received since the test began.
     Strings received() {
@@ -149,11 +149,12 @@ TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoor
     zuvEvent event = sampleEvent(708);
     event.variableData["Code"] = 1;
     manager->sendEvent(event, results.into(1));
-    app = "changed by the caller";  // the tasks hold copies
-    rig().rmc.setDoorBell(0x82, {1, 0, 0, 0, 7});
-    rig().rmc.setDoorBell(0x83, {2, 0});  // only 1 means yes
-    EXPECT_EQ(std::make_pair(manager->isTelemetryRequested(), manager->isIOFWURequested()),
-              std::make_pair(true, false));
+    app = "changed by the caller";      // the tasks hold copies
+    for (uint8_t telemetry : {1, 2}) {  // only 1 means yes
+        rig().rmc.setDoorBell(0x82, {telemetry, 0, 0, 0, 7});
+        rig().rmc.setDoorBell(0x83, {uint8_t(3 - telemetry), 0});
+        EXPECT_EQ(manager->isTelemetryRequested() * 10 + manager->isIOFWURequested(), telemetry == 1 ? 10 : 1);
+    }
     held.open();
 
     const std::string json =
@@ -188,18 +189,16 @@ TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndTheWorkerGoesOn) {
     EXPECT_FALSE(zuvtest::hasMessage(managerLog(kMainLog), "Sent - Successful"));
     EXPECT_EQ(received(),
               (Strings{"WriteInventory {\"inventory\":true}", "WriteTelemetry {}", "WriteAppTelemetry last"}));
-    manager->initializeMsgHeader({"esx02", "8.0.1", 105, ""});
     EXPECT_EQ(failureOf([&] { manager->initialize(1); }), "NOT Initialized - Protocol Not supported");
     const Strings debug = managerLog(kDebugLog);
     EXPECT_TRUE(zuvtest::hasMessage(
-        debug, "zuvInBandComManager: initialize Msg header [HostName = esx02], [OSVersion = 8.0.1], [OSType = 105]"));
+        debug, "zuvInBandComManager: initialize Msg header [HostName = esx01], [OSVersion = 7.0.3], [OSType = 104]"));
     EXPECT_EQ(Strings(debug.end() - 2, debug.end()),
               (Strings{"Initialize zuvInBandComManager: protocol [1]", "NO Supporting Protocol - existing"}));
-    {
-        SMBIOSVMware smbios;
-        zuvInBandComManager own(&smbios);
-        zuvtest::clearLogs();
-    }
+    SMBIOSVMware smbios;
+    auto own = std::make_unique<zuvInBandComManager>(&smbios);
+    zuvtest::clearLogs();
+    own.reset();
     EXPECT_EQ(managerLog(kMainLog), Strings{"Destructor: zuvInBandComManager"});
     EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
               (Strings{"Destructor: Destroying dispatch threads...", "Destructor: Joining thread 0 until completion"}));

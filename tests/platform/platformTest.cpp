@@ -73,13 +73,14 @@ const std::string kSystemText = "M|" + std::string(70, 'P') + "|V|S 01020304-050
 TEST(Smbios, RecordsOfEachTypeFieldByField) {
     const SmbiosImage bios = SmbiosImage().addBios(), host = SmbiosImage(bios).addStructure(9, kSlot, {"Slot 3"});
     const Bytes good = host.bytes();
+    auto shortSlot = [](int length) { return Bytes(kSlot.begin(), kSlot.begin() + length - 4); };
     const std::tuple<const char*, Bytes, int, std::string> cases[] = {
         {"slot behind an entry point at 64", SmbiosImage(host).setEntryOffset(64).bytes(), 9, kSlotText},
-        {"slot of length 13", SmbiosImage(bios).addStructure(9, Bytes(kSlot.begin(), kSlot.end() - 4), {"S"}).bytes(),
-         9, "#1 0x0001 13 S 165 11 3 4 4660 0xc 0x5 0x0 0x0 0x0;"},
-        {"two slots, unprintable bytes, a name cut to its field",
-         SmbiosImage(host).addStructure(9, kSlot, {"x\x7fy\x80z\x1f" + std::string(200, 'D')}).bytes(), 9,
-         kSlotText + "#2 0x0002 17 x.y.z." + std::string(121, 'D') + kSlotFields},
+        {"slot of length 13", SmbiosImage(bios).addStructure(9, shortSlot(13), {"S"}).bytes(), 9,
+         "#1 0x0001 13 S 165 11 3 4 4660 0xc 0x5 0x0 0x0 0x0;"},
+        {"second slot of length 14, its name unprintable and cut",
+         SmbiosImage(host).addStructure(9, shortSlot(14), {"~x\x7fy\x80z\x1f" + std::string(200, 'D')}).bytes(), 9,
+         kSlotText + "#2 0x0002 14 ~x.y.z." + std::string(120, 'D') + " 165 11 3 4 4660 0xc 0x5 0x7e02 0x78 0x2e;"},
         {"onboard device", SmbiosImage(bios).addStructure(41, {1, 0x85, 2, 1, 2, 0x19, 0xFD}, {"NIC 2"}).bytes(), 41,
          "41 11 1 NIC 2 5 2 201 19 31 5;"},
         {"system of 27 bytes", system(27).bytes(), 1, "1 27 0 " + kSystemText + "K|F;"},
@@ -93,8 +94,8 @@ TEST(Smbios, RecordsOfEachTypeFieldByField) {
         {"no structure of the type", good, 41, "-1"},
         {"type without a record layout", good, 0, "-1"},
         // The walk: the length byte is added whatever it says; a structure not closed inside the table ends it.
-        {"length below the header", SmbiosImage(bios).addRaw({9, 1, 0, 0}).addStructure(9, kSlot, {"Slot 3"}).bytes(),
-         9, "#1 0x0000 1 Undefined 0 0 0 0 0 0x0 0x0 0x0 0x0 0x0;#2 0x0001 17 Slot 3" + kSlotFields},
+        {"length below 4", SmbiosImage(bios).addRaw({9, 1, 0xAB, 0, 0}).addStructure(9, kSlot, {"Slot 3"}).bytes(), 9,
+         "#1 0x00AB 1 Undefined 0 0 0 0 0 0x0 0x0 0x0 0x0 0x0;#2 0x0001 17 Slot 3" + kSlotFields},
         {"length past the table", SmbiosImage(host).addRaw({9, 200, 1, 0, 1}).withoutEndOfTable().bytes(), 9,
          kSlotText},
         {"no closing pair", SmbiosImage(host).addRaw({9, 5, 2, 0, 1, 'S'}).withoutEndOfTable().bytes(), 9, kSlotText},
@@ -131,7 +132,7 @@ TEST(Smbios, StringNumbersAndUuidTexts) {
     EXPECT_EQ(structure[7], '.') << "replaced in place";
     const std::pair<uint16_t, const char*> uuids[] = {{0xD011, "01020304-0506-11d0-0809-0a0b0c0d0e0f"},
                                                       {0x11D0, "04030201-0605-11d0-0809-0a0b0c0d0e0f"},
-                                                      {0x0000, "04030201-0605-0000-0809-0a0b0c0d0e0f"},
+                                                      {0x0010, "04030201-0605-0010-0809-0a0b0c0d0e0f"},
                                                       {0xFFFF, "04030201-0605-ffff-0809-0a0b0c0d0e0f"},
                                                       {0xF031, "01020304-0506-31f0-0809-0a0b0c0d0e0f"}};
     for (const auto& [data3, text] : uuids) {
@@ -142,17 +143,16 @@ TEST(Smbios, StringNumbersAndUuidTexts) {
 
 TEST(EventResolver, EachPlatformResolvesExactlyItsTableWithNumbersCutTo16Bits) {
     // The event id of each internal number from 0 to 50, 0 where there is none.
-    uint32_t preSph[51] = {0,    0,    434,  435,  356,  359,  360,  397,  398,  835,  837,  836,  540,
-                           538,  539,  383,  384,  385,  386,  388,  390,  1391, 681,  683,  1385, 1387,
-                           1388, 680,  678,  1384, 1390, 708,  1138, 1139, 1150, 1501, 1152, 1148, 1151,
-                           1179, 1180, 1181, 1182, 1183, 1337, 1338, 1441, 1442, 1443, 0,    0};
-    uint32_t sph[51];
-    std::copy(preSph, preSph + 51, sph);
+    std::array<uint32_t, 51> preSph = {0,    0,    434,  435,  356,  359,  360,  397,  398,  835,  837,  836,  540,
+                                       538,  539,  383,  384,  385,  386,  388,  390,  1391, 681,  683,  1385, 1387,
+                                       1388, 680,  678,  1384, 1390, 708,  1138, 1139, 1150, 1501, 1152, 1148, 1151,
+                                       1179, 1180, 1181, 1182, 1183, 1337, 1338, 1441, 1442, 1443, 0,    0};
+    std::array<uint32_t, 51> sph = preSph;
     sph[35] = 1978, sph[46] = 1750, sph[47] = 1751, sph[48] = 1752, sph[49] = 1968, sph[50] = 1969;
     IELEventMap::IELEventPreSPH preSphResolver;
     IELEventMap::IELEventSPH sphResolver;
-    for (auto [resolver, ids] : {std::make_pair<IELEventResolver*>(&preSphResolver, preSph),
-                                 std::make_pair<IELEventResolver*>(&sphResolver, sph)}) {
+    for (auto [resolver, ids] : {std::make_pair<IELEventResolver*>(&preSphResolver, preSph.data()),
+                                 std::make_pair<IELEventResolver*>(&sphResolver, sph.data())}) {
         for (int number = -3; number <= 60; ++number) {
             std::string got;
             try {
@@ -180,7 +180,6 @@ static std::string predicates() {
 TEST(PlatformServices, RecordAndCachedCodeFollowTheFamilyAndTheKernelLine) {
     vmwaretest::FakeHostSystem host;
     rig();
-    zuvtest::clearLogs();
     // Family, kernel name and release; the platform code, the predicates' answers, the resource managers.
     const std::tuple<const char*, const char*, const char*, int32_t, const char*, Ids> cases[] = {
         {"PLATFAMILY00004", "VMkernel", "8.0.2", 4, "010101", {8, 1, 0, 2, 3, 4, 5}},
@@ -204,6 +203,8 @@ TEST(PlatformServices, RecordAndCachedCodeFollowTheFamilyAndTheKernelLine) {
                   family + std::string(", Zuv Test Systems"));
         EXPECT_EQ(services->getEventResolver()->resolve(46), code == 4 ? 1750u : 1441u) << "SPH only for 4";
         EXPECT_EQ(services->getResourceManagers(), ids) << kernel << " " << release;
+        void* none = nullptr;
+        EXPECT_EQ(services->getSmbios()->getSmbiosTable(41, &none, nullptr), -1) << "a type the image lacks";
     }
     const auto lines = zuvtest::logMessages(zuvtest::kDebugLog, "ZUV_PLATFORM_SERVICE_BUILDER");
     EXPECT_EQ(Strings(lines.begin(), lines.begin() + 2),
