@@ -133,7 +133,7 @@ zuvInBandComManager* ManagerTest::manager = nullptr;
 }  // namespace
 
 TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoorbellsPassIt) {
-    manager->sendUtilization("hold", [this](int) { held.hold(1); });  // the queue holds no lock meanwhile
+    manager->sendUtilization("hold", [this](int) { held.hold(1); });  // the queue's lock stays free meanwhile
     held.waitFor(1);
     manager->sendEvent(sampleEvent(2), results.into(2));
     manager->sendInventory("dropped");

@@ -1,6 +1,6 @@
 #pragma once
-// Shared by the delivery, SMBIOS and platform tests: a recorder to wait on, a simulated RMC behind
-// the IPMI device seam (never destroyed: the singletons use it until exit), SMBIOS images.
+// Shared by the delivery and platform tests: a recorder to wait on, a simulated RMC behind the
+// IPMI device seam (never destroyed: the singletons use it until exit), SMBIOS images.
 
 #include <unistd.h>
 
