@@ -1,18 +1,21 @@
 #!/usr/bin/env bash
-# Boots the test guest under QEMU (TCG) with an emulated KCS interface and judges its console.
+# Boots the test guest under QEMU (TCG) once per configuration and judges its consoles.
 # Exit 0: all passed; 77: QEMU cannot run here (skipped); anything else: failure.
-# Usage: runKernelTests.sh --cache <dir> --guest <zuvKernelGuest> --work <dir> [--extern <host test>]
+# Usage: runKernelTests.sh --cache <dir> --work <dir> --guest <zuvKernelGuest>
+#                          --extern <zuvKernelExternHost> --sdrfile <zuvKernelSdrFile>
 set -euo pipefail
 here=$(cd "${0%/*}" && pwd)
-cache= guest= work= externTest=
+cache= work= guest= externHost= sdrfile=
 while [ $# -gt 0 ]; do
     case $1 in
-        --cache) cache=$2; shift 2 ;;
-        --guest) guest=$2; shift 2 ;;
-        --work) work=$2; shift 2 ;;
-        --extern) externTest=$2; shift 2 ;;
+        --cache) cache=$2 ;;
+        --work) work=$2 ;;
+        --guest) guest=$2 ;;
+        --extern) externHost=$2 ;;
+        --sdrfile) sdrfile=$2 ;;
         *) echo "unknown argument $1" >&2; exit 2 ;;
     esac
+    shift 2
 done
 
 qemu=$(command -v qemu-system-x86_64 || true)
@@ -22,46 +25,72 @@ if [ -z "$qemu" ] || ! "$qemu" --version >/dev/null 2>&1; then
 fi
 devices=$("$qemu" -device help 2>&1 || true)
 for d in ipmi-bmc-sim ipmi-bmc-extern isa-ipmi-kcs; do
-    if ! grep -q "\"$d\"" <<<"$devices"; then
-        echo "SKIPPED: this QEMU has no device $d"
-        exit 77
-    fi
+    grep -q "\"$d\"" <<<"$devices" || { echo "SKIPPED: this QEMU has no device $d"; exit 77; }
 done
+# The peers the guest compares the product with: missing, they fail the test.
+ipmitool=$(command -v ipmitool) || { echo "FAIL: ipmitool is not installed (package ipmitool)"; exit 1; }
+dmidecode=$(command -v dmidecode) || { echo "FAIL: dmidecode is not installed (package dmidecode)"; exit 1; }
 
 mkdir -p "$work"
 read -r kroot version < <(bash "$here/prepareKernel.sh" "$cache")
-bash "$here/makeInitramfs.sh" "$kroot" "$version" "$guest" "$here/guestInit.sh" "$work/initrd.gz"
-export ZUV_KERNEL_VMLINUZ=$kroot/boot/vmlinuz-$version
-export ZUV_KERNEL_INITRD=$work/initrd.gz
+bash "$here/makeInitramfs.sh" "$kroot" "$version" "$here/guestInit.sh" "$work/initrd.gz" \
+    "$guest" "$ipmitool" "$dmidecode"
+sdrcount=$("$sdrfile" "$work/sdr.bin")
+# A type 9 structure (system slot "PCIe-Slot-1", bus 2, device 1) for QEMU's firmware to add.
+printf '\x09\x11\x00\x09\x01\xa5\x0d\x03\x04\x01\x00\x0c\x01\x00\x00\x02\x08PCIe-Slot-1\x00\x00' >"$work/slot.bin"
 
 failures=0
 fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
 
-# --- QEMU's own BMC ---
-console=$work/console-bmc-sim.log
-start=$(date +%s)
-timeout 150 "$qemu" -m 512 -smp 1 -nographic -no-reboot -accel tcg \
-    -kernel "$ZUV_KERNEL_VMLINUZ" -initrd "$ZUV_KERNEL_INITRD" \
-    -append "console=ttyS0 quiet panic=-1 zuvmode=bmc-sim zuvfilter=DriverLoading.*:BmcSim.*" \
-    -device ipmi-bmc-sim,id=bmc0 -device isa-ipmi-kcs,bmc=bmc0 </dev/null >"$console" 2>&1 || true
-echo "guest with ipmi-bmc-sim ran $(( $(date +%s) - start )) s; console: $console"
-tr -d '\r' <"$console" | grep -E '^\[ *(RUN|OK|FAILED|PASSED) *\]|ZUVK|Failure|Expected|Which is|Value of|error:' || true
+# boot <name> <tests that must pass> <SMBIOS row> [QEMU options...]
+# An SMBIOS row: the platform code and UUID text the product must report, the UUID as the
+# firmware stores it, then QEMU's -smbios options. The guest compares the rest with dmidecode.
+boot() {
+    local name=$1 passed=$2 console=$work/console-$1.log start=$SECONDS
+    local -a row=($3) smbios=()
+    for s in "${row[@]:3}"; do smbios+=(-smbios "$s"); done
+    shift 3
+    local filter=Smbios.*
+    case $name in
+        bmc-sim) filter=DriverLoading.*:BmcSim.*:Smbios.* ;;
+        extern) filter=DriverLoading.*:Extern.*:Smbios.* ;;
+    esac
+    local append="console=ttyS0 quiet panic=-1 zuvmode=$name zuvfilter=$filter zuvsdrcount=$sdrcount"
+    append+=" zuvplatform=${row[0]} zuvuuid=${row[1]} zuvfwuuid=${row[2]}"
+    ${wrapper:-} timeout 200 "$qemu" -m 512 -smp 1 -nographic -no-reboot -accel tcg -nic none \
+        -kernel "$kroot/boot/vmlinuz-$version" -initrd "$work/initrd.gz" -append "$append" \
+        -uuid "${row[2]}" -device virtio-rng-pci,id=rng0 "${smbios[@]}" "$@" </dev/null >"$console" 2>&1 ||
+        fail "$name: the boot or the host's checks failed"
+    echo "boot $name took $((SECONDS - start)) s; console: $console"
+    tr -d '\r' <"$console" | grep -E '^\[ *(RUN|OK|FAILED|PASSED) *\]|ZUVK|HOST|Failure|Expected|Which is|Value of|error:' || true
+    grep -q 'ZUVK EXIT main 0' "$console" || fail "$name: the guest's tests did not pass"
+    grep -q "\[  PASSED  \] $passed tests\?\." "$console" || fail "$name: expected $passed passed tests"
+}
 
-grep -q 'ZUVK EXIT nodriver 0' "$console" || fail "the missing-device case did not pass"
-grep -q 'ZUVK EXIT main 0' "$console" || fail "the guest tests against ipmi-bmc-sim did not pass"
-grep -q 'BmcSim.CacheHoldsTheOneRecordReadInFourTransactions' "$console" || fail "the guest tests did not run"
+long=$(printf 'L%.0s' {1..100})
+boot bmc-sim 4 "0 12345678-9abc-def0-1122-334455667788 12345678-9abc-def0-1122-334455667788
+    type=1,manufacturer=Maker,product=Prod,version=1.0,serial=SN-0001,sku=SKU-1,family=PLATFAMILY00001
+    type=41,designation=OnboardRng,kind=other,instance=1,pcidev=rng0" \
+    -device ipmi-bmc-sim,id=bmc0,sdrfile="$work/sdr.bin" -device isa-ipmi-kcs,bmc=bmc0
+grep -q 'ZUVK EXIT nodriver 0' "$work/console-bmc-sim.log" || fail "the missing-device case did not pass"
 # The service logs its failed construction once per attempt: the missing-device case makes two.
-bailouts=$(grep -c 'Unable to Open IPMI channel - Bailing out' "$console" || true)
+bailouts=$(grep -c 'Unable to Open IPMI channel - Bailing out' "$work/console-bmc-sim.log" || true)
 [ "$bailouts" = 2 ] || fail "expected 2 lines 'Unable to Open IPMI channel - Bailing out', saw $bailouts"
-grep -q 'ZUVK MEASURE bmc-sim get_sdr_rate' "$console" || fail "no measurement from the guest"
 
-# --- the simulated RMC behind QEMU's external BMC device ---
-if [ -n "$externTest" ]; then
-    start=$(date +%s)
-    ZUV_KERNEL_CONSOLE=$work/console-bmc-extern.log "$externTest" || fail "the guest tests against the simulated RMC did not pass"
-    grep -h 'ZUVK MEASURE' "$work/console-bmc-extern.log" || fail "no measurement from the guest behind the simulated RMC"
-    echo "guest with ipmi-bmc-extern and the simulated RMC ran $(( $(date +%s) - start )) s; console: $work/console-bmc-extern.log"
-fi
+rm -f "$work/bmc.sock"
+wrapper="$externHost $work/bmc.sock" boot extern 4 \
+    "1 33221100-5544-11d0-8899-aabbccddeeff 00112233-4455-d011-8899-aabbccddeeff
+    type=1,manufacturer=Maker,family=PLATFAMILY00002" \
+    -chardev socket,id=ipmi0,path="$work/bmc.sock",server=on,wait=off \
+    -device ipmi-bmc-extern,id=bmc0,chardev=ipmi0 -device isa-ipmi-kcs,bmc=bmc0
+
+boot smbios-long 1 "2 00112233-4455-d1d1-8899-aabbccddeeff 00112233-4455-d1d1-8899-aabbccddeeff
+    type=1,manufacturer=$long,product=$long$long,serial=S$long$long,family=PLATFAMILY00003 file=$work/slot.bin"
+boot smbios-empty 1 "4 00112233-4455-0000-8899-aabbccddeeff 00112233-4455-0000-8899-aabbccddeeff
+    type=1,manufacturer=,product=,version=,serial=,sku=,family=PLATFAMILY00004
+    type=41,designation=Rng1,kind=other,instance=1,pcidev=rng0 type=41,designation=,kind=sound,instance=2,pcidev=rng0"
+boot smbios-unknown 1 "-1 00112233-4455-11d0-8899-aabbccddeeff 00112233-4455-11d0-8899-aabbccddeeff
+    type=1,family=PLATFAMILY00004${long:0:70}"
 
 if [ "$failures" -ne 0 ]; then
     echo "$failures kernel test check(s) failed"

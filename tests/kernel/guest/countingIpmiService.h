@@ -24,9 +24,7 @@ public:
         real.getSDR(request, buffer, capacity, size);
     }
 
-    int infoCalls = 0;
-    int reserveCalls = 0;
-    int getSdrCalls = 0;
+    int infoCalls = 0, reserveCalls = 0, getSdrCalls = 0;
 
 private:
     zuvIPMI::IPMIServiceInterface& real;
