@@ -2,36 +2,19 @@
 // no device node: the service's first open fails, its own modprobe and mknod lines run for
 // real, and the second open finds the node that its mknod made.
 #include "guestSupport.h"
-#include "ipmi/zuvIPMIService.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include <sstream>
 #include <stdexcept>
-
-namespace {
-
-unsigned ipmidevMajor() {
-    std::istringstream devices(zuvkernel::readText("/proc/devices"));
-    unsigned major = 0;
-    for (std::string line; std::getline(devices, line);) {
-        std::istringstream(line) >> major >> line;
-        if (line == "ipmidev") return major;
-    }
-    return 0;
-}
-
-}  // namespace
 
 TEST(DriverLoading, FirstUseLoadsAllFiveDriversAndMakesTheNode) {
     const zuvkernel::FirstOpen& open = zuvkernel::firstOpen();
     ASSERT_NE(std::string::npos, zuvkernel::readText("/proc/mounts").find("tmpfs /dev tmpfs"));
     EXPECT_TRUE(open.modulesBefore.empty());
     EXPECT_FALSE(open.nodeBefore);
-    // The pause after the driver load, on the guest's clock: a lower bound only.
-    EXPECT_GE(open.seconds, 3.0);
+    EXPECT_GE(open.seconds, 3.0);  // the pause after the driver load, on the guest's clock
     // Every modprobe line took effect; ipmi_poweroff, which nothing asks for, stays out.
     const std::set<std::string> loaded{"ipmi_devintf", "ipmi_msghandler", "ipmi_si", "ipmi_ssif", "ipmi_watchdog"};
     EXPECT_EQ(loaded, open.modulesAfter);
@@ -40,7 +23,8 @@ TEST(DriverLoading, FirstUseLoadsAllFiveDriversAndMakesTheNode) {
     ASSERT_EQ(0, stat("/dev/ipmi0", &node));
     EXPECT_TRUE(S_ISCHR(node.st_mode));
     EXPECT_EQ(0600u, node.st_mode & 07777);
-    EXPECT_EQ(ipmidevMajor(), major(node.st_rdev));
+    const std::string major = std::to_string(major(node.st_rdev));
+    EXPECT_NE(std::string::npos, zuvkernel::readText("/proc/devices").find("\n" + major + " ipmidev\n")) << major;
     EXPECT_EQ(0u, minor(node.st_rdev));
     EXPECT_GE(node.st_ctime, open.startedAt);
 }
@@ -56,6 +40,6 @@ TEST(MissingDevice, ConstructionFailsWithConnectionErrorEveryTime) {
             EXPECT_STREQ("IPMI - Connection - Failed", e.what());
         }
     }
-    EXPECT_FALSE(zuvkernel::exists("/dev/ipmi0"));
+    EXPECT_NE(0, access("/dev/ipmi0", F_OK));
     EXPECT_TRUE(zuvkernel::ipmiModules().empty());
 }

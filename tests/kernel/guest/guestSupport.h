@@ -1,19 +1,45 @@
 #pragma once
-// What the guest tests share: the service, built on first use by whichever test needs it first,
-// with the kernel's state observed around that first construction; and small readers of the
-// guest's files and of the peers' output.
+// What the guest tests share: the service, built by whichever test needs it first, with the
+// kernel's state observed around that first construction; readers of files and of commands.
+#include "ipmi/zuvIPMIService.h"
 
-#include <sys/types.h>
+#include <unistd.h>
 
-#include <cstdint>
-#include <ctime>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <set>
+#include <sstream>
 #include <string>
-#include <vector>
-
-class zuvIPMIService;
 
 namespace zuvkernel {
+
+inline std::string readText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+inline std::string commandOutput(const std::string& command) {
+    std::string out;
+    FILE* pipe = popen(command.c_str(), "r");
+    for (int c; pipe != nullptr && (c = fgetc(pipe)) != EOF;) out += char(c);
+    if (pipe != nullptr) pclose(pipe);
+    return out;
+}
+
+inline std::set<std::string> ipmiModules() {
+    std::istringstream modules(readText("/proc/modules"));
+    std::set<std::string> found;
+    for (std::string name, rest; modules >> name && std::getline(modules, rest);) {
+        if (name.compare(0, 5, "ipmi_") == 0) found.insert(name);
+    }
+    return found;
+}
+
+// A value of the kernel command line, which init passes on in the environment; "" if absent.
+inline std::string bootValue(const char* name) { return std::getenv(name) ? std::getenv(name) : ""; }
 
 struct FirstOpen {
     std::set<std::string> modulesBefore, modulesAfter;  // loaded ipmi_* modules
@@ -22,16 +48,21 @@ struct FirstOpen {
     time_t startedAt = 0;
 };
 
-// Builds the service the first time and tells what it found and did.
-const FirstOpen& firstOpen();
-zuvIPMIService& service();
+inline const FirstOpen& firstOpen() {
+    static const FirstOpen observed = [] {
+        FirstOpen o{ipmiModules(), {}, access("/dev/ipmi0", F_OK) == 0, 0, time(nullptr)};
+        const auto start = std::chrono::steady_clock::now();
+        zuvIPMIService::getIPMIServiceInstance();
+        o.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        o.modulesAfter = ipmiModules();
+        return o;
+    }();
+    return observed;
+}
 
-std::string readText(const std::string& path);
-std::vector<uint8_t> readBytes(const std::string& path);
-std::string commandOutput(const std::string& command);
-std::set<std::string> ipmiModules();
-bool exists(const char* path);
-// A value of the kernel command line, which init passes on in the environment; "" if absent.
-std::string bootValue(const char* name);
+inline zuvIPMIService& service() {
+    firstOpen();
+    return *static_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance());
+}
 
 }  // namespace zuvkernel
