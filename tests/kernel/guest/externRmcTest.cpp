@@ -3,7 +3,6 @@
 #include "externScenario.h"
 #include "guestSupport.h"
 #include "ipmi/zuvIPMIExceptions.h"
-#include "ipmi/zuvIPMIService.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,11 @@
 #pragma once
 // What the guest tests share: the service, built by whichever test needs it first, with the
-// kernel's state observed around that first construction; readers of files and of commands.
+// kernel's state observed around that first construction; a reader of files.
 #include "ipmi/zuvIPMIService.h"
 
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -19,14 +18,6 @@ namespace zuvkernel {
 inline std::string readText(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-inline std::string commandOutput(const std::string& command) {
-    std::string out;
-    FILE* pipe = popen(command.c_str(), "r");
-    for (int c; pipe != nullptr && (c = fgetc(pipe)) != EOF;) out += char(c);
-    if (pipe != nullptr) pclose(pipe);
-    return out;
 }
 
 inline std::set<std::string> ipmiModules() {
