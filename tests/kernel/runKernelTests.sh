@@ -15,15 +15,14 @@ devices=$("$qemu" -device help 2>&1 || true)
 for d in ipmi-bmc-sim ipmi-bmc-extern isa-ipmi-kcs; do
     grep -q "\"$d\"" <<<"$devices" || { echo "SKIPPED: this QEMU has no device $d"; exit 77; }
 done
-# The peers the guest compares the product with: a missing one fails the test.
+peers=()  # the programs the guest compares the product with: a missing one fails the test
 for peer in ipmitool dmidecode; do
-    command -v $peer >/dev/null || { echo "FAIL: $peer is not installed (package $peer)"; exit 1; }
+    peers+=("$(command -v $peer)") || { echo "FAIL: $peer is not installed (package $peer)"; exit 1; }
 done
 
 mkdir -p "$work"
 read -r kroot version < <(bash "$here/prepareKernel.sh" "$cache")
-bash "$here/makeInitramfs.sh" "$kroot" "$version" "$here/guestInit.sh" "$work/initrd.gz" "$guest" \
-    "$(command -v ipmitool)" "$(command -v dmidecode)"
+bash "$here/makeInitramfs.sh" "$kroot" "$version" "$here/guestInit.sh" "$work/initrd.gz" "$guest" "${peers[@]}"
 
 # The repository of QEMU's BMC (sdrfile=): records one after another, each its header (id,
 # version, type, body length) and body. Full and compact sensor, event-only, FRU and MC locator
