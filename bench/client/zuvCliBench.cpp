@@ -1,19 +1,18 @@
 // zuvCli against the least programs that do its exchange, as an administrator meets them: one
 // process per request. The benchmark plays the service (reads each request from
-// /var/run/kelzuv, answers on the reply pipe) inside the test sandbox and runs, round after
-// round and in rotating order, so that the machine's load hits all alike:
-//   c      the exchange in C,
-//   cxx    the same source built as C++ and linked with jsoncpp as zuvCli is,
-//   zuvCli "zuvCli -t 708".
-// Per client it reports the median wall time from spawn to exit, the spread (10th and 90th
-// percentile), the median CPU time (user + system), the time and CPU spent before main (from a
-// second set of runs with a preloaded stamp, see mainEntryStamp.c) and the ratios zuvCli/cxx
-// and cxx/c. Other builds of zuvCli can join the same rounds, for comparing a change
-// against the tree's build: bench_client --also=label:/path/to/zuvCli ...
+// /var/run/kelzuv, answers on the reply pipe) inside the test sandbox and runs round after
+// round, each client once per round in a rotating order, so that the load of a shared machine
+// hits all alike. A plain program rather than a Google Benchmark one, which would time one
+// subject after the other:
+//   c       the exchange in C,
+//   cxx     the same source built as C++ and linked with jsoncpp as zuvCli is,
+//   zuvCli  "zuvCli -t 708", and any other build of it given with --also=label:/path.
+// Per client: the median wall time from spawn to exit and its spread (10th to 90th
+// percentile), the median CPU time (user + system), and from a second run per round with a
+// preloaded stamp (mainEntryStamp.c) the median time and CPU spent before main; then the ratios
+// to cxx (of cxx to c).
 #include "channel/zuvPipeChannel.h"
 #include "zuvSandbox.h"
-
-#include <benchmark/benchmark.h>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -35,16 +34,6 @@ namespace {
 struct Client {
     std::string name;
     std::vector<std::string> argv;
-};
-
-// The two floors first, then zuvCli and the builds given with --also.
-std::vector<Client> clients = {
-    {"c", {ZUV_FLOOR_C, "708"}},
-    {"cxx", {ZUV_FLOOR_CXX, "708"}},
-    {"zuvCli", {ZUV_CLI_PATH, "-t", "708"}},
-};
-
-struct Samples {
     std::vector<double> wall, cpu, wallToMain, cpuToMain;  // milliseconds
 };
 
@@ -71,7 +60,7 @@ void serveOne() {
 
 // One request of one client. With a stamp pipe the client runs with the main-entry stamp
 // preloaded, writes the time and CPU before its main into the pipe, and only those are kept.
-void runOnce(const Client& client, const int* stampPipe, Samples& samples) {
+void runOnce(Client& client, const int* stampPipe) {
     std::vector<char*> argv;
     for (const std::string& a : client.argv) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
@@ -99,17 +88,17 @@ void runOnce(const Client& client, const int* stampPipe, Samples& samples) {
     posix_spawn_file_actions_destroy(&quiet);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) std::abort();
     if (stampPipe == nullptr) {
-        samples.wall.push_back(milliseconds(end - start));
-        samples.cpu.push_back((usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
-                              (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3);
+        client.wall.push_back(milliseconds(end - start));
+        client.cpu.push_back((usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
+                             (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3);
         return;
     }
     char line[64] = {};
     long long atMain = 0, cpuAtMain = 0;
     if (read(stampPipe[0], line, sizeof line - 1) <= 0 || std::sscanf(line, "%lld %lld", &atMain, &cpuAtMain) != 2)
         std::abort();
-    samples.wallToMain.push_back(milliseconds(atMain - start));
-    samples.cpuToMain.push_back(milliseconds(cpuAtMain));
+    client.wallToMain.push_back(milliseconds(atMain - start));
+    client.cpuToMain.push_back(milliseconds(cpuAtMain));
 }
 
 double percentile(std::vector<double> values, double fraction) {
@@ -117,42 +106,32 @@ double percentile(std::vector<double> values, double fraction) {
     return values[static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1) + 0.5)];
 }
 
-void BM_ClientsInterleaved(benchmark::State& state) {
-    const int rounds = static_cast<int>(state.range(0));
-    int stampPipe[2];
-    if (pipe(stampPipe) != 0) std::abort();
-    const std::size_t count = clients.size();
-    std::vector<Samples> samples(count);
-    for (auto _ : state) {
-        for (int round = 0; round < rounds; ++round) {
-            for (std::size_t i = 0; i < count; ++i) {
-                const std::size_t c = (round + i) % count;
-                runOnce(clients[c], nullptr, samples[c]);
-                runOnce(clients[c], stampPipe, samples[c]);
-            }
-        }
-    }
-    std::vector<double> medians(count);
-    for (std::size_t c = 0; c < count; ++c) {
-        const std::string& name = clients[c].name;
-        medians[c] = percentile(samples[c].wall, 0.5);
-        if (c >= 2) state.counters["ratio_" + name + "_cxx"] = medians[c] / medians[1];
-        state.counters[name + "_ms"] = medians[c];
-        state.counters[name + "_ms_p10"] = percentile(samples[c].wall, 0.1);
-        state.counters[name + "_ms_p90"] = percentile(samples[c].wall, 0.9);
-        state.counters[name + "_cpu_ms"] = percentile(samples[c].cpu, 0.5);
-        state.counters[name + "_to_main_ms"] = percentile(samples[c].wallToMain, 0.5);
-        state.counters[name + "_cpu_to_main_ms"] = percentile(samples[c].cpuToMain, 0.5);
-    }
-    state.counters["ratio_cxx_c"] = medians[1] / medians[0];
-    close(stampPipe[0]);
-    close(stampPipe[1]);
+void printLoad(const char* when) {
+    double load[3] = {};
+    if (getloadavg(load, 3) == 3) std::printf("load average %s: %.2f %.2f %.2f\n", when, load[0], load[1], load[2]);
 }
-BENCHMARK(BM_ClientsInterleaved)->Arg(150)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::vector<Client> clients = {
+        {"c", {ZUV_FLOOR_C, "708"}, {}, {}, {}, {}},
+        {"cxx", {ZUV_FLOOR_CXX, "708"}, {}, {}, {}, {}},
+        {"zuvCli", {ZUV_CLI_PATH, "-t", "708"}, {}, {}, {}, {}},
+    };
+    int rounds = 150;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        const std::size_t colon = arg.find(':');
+        if (arg.rfind("--rounds=", 0) == 0) {
+            rounds = std::atoi(arg.c_str() + 9);
+        } else if (arg.rfind("--also=", 0) == 0 && colon != std::string::npos) {
+            clients.push_back({arg.substr(7, colon - 7), {arg.substr(colon + 1), "-t", "708"}, {}, {}, {}, {}});
+        } else {
+            std::fprintf(stderr, "usage: bench_client [--rounds=N] [--also=label:/path/to/zuvCli]...\n");
+            return 2;
+        }
+    }
     std::string why;
     if (!zuvtest::enterSandbox(&why)) {
         std::fprintf(stderr, "bench_client needs the test sandbox (root): %s\n", why.c_str());
@@ -160,16 +139,32 @@ int main(int argc, char** argv) {
     }
     zuvtest::writeConfig(R"({"CliMode":"test","LoggingLevel":"Warning"})");
     zuvCreatePipe("/var/run/kelzuv");
-    benchmark::Initialize(&argc, argv);
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        const std::size_t colon = arg.find(':');
-        if (arg.rfind("--also=", 0) != 0 || colon == std::string::npos) {
-            std::fprintf(stderr, "unknown argument %s\n", argv[i]);
-            return 1;
+    int stampPipe[2];
+    if (pipe(stampPipe) != 0) return 1;
+
+    printLoad("before");
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < clients.size(); ++i) {
+            Client& client = clients[(round + i) % clients.size()];
+            runOnce(client, nullptr);
+            runOnce(client, stampPipe);
         }
-        clients.push_back({arg.substr(7, colon - 7), {arg.substr(colon + 1), "-t", "708"}});
     }
-    benchmark::RunSpecifiedBenchmarks();
+    printLoad("after");
+    std::printf("%d rounds; milliseconds, medians unless said otherwise; ratios of the medians to cxx (cxx: to c)\n",
+                rounds);
+    std::printf("%-10s %8s %8s %8s %8s %8s %8s %8s %8s\n", "client", "wall", "p10", "p90", "cpu", "to main", "cpu main",
+                "wall x", "cpu x");
+    for (std::size_t i = 0; i < clients.size(); ++i) {
+        const Client& c = clients[i];
+        const Client& base = clients[i == 1 ? 0 : 1];
+        std::printf("%-10s %8.2f %8.2f %8.2f %8.2f %8.2f %8.2f", c.name.c_str(), percentile(c.wall, 0.5),
+                    percentile(c.wall, 0.1), percentile(c.wall, 0.9), percentile(c.cpu, 0.5),
+                    percentile(c.wallToMain, 0.5), percentile(c.cpuToMain, 0.5));
+        if (i > 0)
+            std::printf(" %8.3f %8.3f", percentile(c.wall, 0.5) / percentile(base.wall, 0.5),
+                        percentile(c.cpu, 0.5) / percentile(base.cpu, 0.5));
+        std::printf("\n");
+    }
     return 0;
 }
