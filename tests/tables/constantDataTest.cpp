@@ -69,8 +69,8 @@ TEST(DriveCatalogue, FindsByEitherModelNumberAndNeverByAnEmptyField) {
         EXPECT_EQ(findDriveCatalogueEntry(number, rows, 4), index < 0 ? nullptr : &rows[index])
             << (number ? number : "null");
     // A damaged row whose field lacks its NUL is not read past its end.
-    std::memset(rows[0].modelNumber, 'D', sizeof rows[0].modelNumber);
-    EXPECT_EQ(findDriveCatalogueEntry(std::string(41, 'D').c_str(), rows, 1), nullptr);
-    EXPECT_EQ(findDriveCatalogueEntry(std::string(40, 'D').c_str(), rows, 1), nullptr);
+    std::memset(rows[2].modelNumber, 'D', sizeof rows[2].modelNumber);
+    EXPECT_EQ(findDriveCatalogueEntry(std::string(41, 'D').c_str(), &rows[2], 1), nullptr);
+    EXPECT_EQ(findDriveCatalogueEntry(std::string(40, 'D').c_str(), &rows[2], 1), nullptr);
     EXPECT_EQ(findDriveCatalogueEntry(""), nullptr);
 }
