@@ -20,8 +20,7 @@ public:
         const auto start = reinterpret_cast<std::uintptr_t>(reserved);
         const std::uintptr_t aligned = (start + hugePage - 1) / hugePage * hugePage;
         if (aligned > start) munmap(reserved, aligned - start);
-        if (aligned + size < start + size + hugePage)
-            munmap(reinterpret_cast<void*>(aligned + size), start + hugePage - aligned);
+        munmap(reinterpret_cast<void*>(aligned + size), start + hugePage - aligned);
         data = reinterpret_cast<void*>(aligned);
 #ifdef MADV_HUGEPAGE
         madvise(data, size, MADV_HUGEPAGE);

@@ -79,11 +79,9 @@ TEST(StorageControllers, LookUpPrefersANamedProductRowOnItsPlatform) {
                                                {yes, 0x1000, 0x005d, 0x1590, 2, "", "", 2, ""},  // no maker data
                                                {[] { return false; }, 0x1000, 0x005d, 0x1590, 3, "P", "O", 2, "off"},
                                                {yes, 0x1000, 0x005d, 0, 0, "", "", 2, "second row in general"}};
-    // By the subsystem ids that the controller reports.
-    for (const auto& [subIds, name] :
+    for (const auto& [subIds, name] :  // the subsystem ids that the controller reports
          {std::pair{0x15900001u, "product"}, {0x15910001u, "chip"}, {0x15900002u, "chip"}, {0x15900003u, "chip"}}) {
-        const zuvStorageControllerRecord* row =
-            findStorageController(0x1000, 0x005d, subIds >> 16, subIds & 0xffff, rows, 5);
+        const auto* row = findStorageController(0x1000, 0x005d, subIds >> 16, subIds & 0xffff, rows, 5);
         EXPECT_STREQ(row ? row->name : "-", name) << std::hex << subIds;
     }
 }
