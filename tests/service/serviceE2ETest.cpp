@@ -178,7 +178,7 @@ TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
     close(held);
     EXPECT_TRUE(answered(0, ended(0)));
 
-    const int waves = 10, wave = 50, loaded = 1 + waves * wave;
+    const int waves = ZUV_LOAD_WAVES, wave = 50, loaded = 1 + waves * wave;
     for (int first = 1; first < loaded; first += wave) answeredWave(first, wave);
     EXPECT_EQ(packetsByClient().size(), static_cast<size_t>(loaded));
     std::multiset<std::string> delivered, located;
