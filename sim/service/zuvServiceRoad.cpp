@@ -18,7 +18,7 @@ namespace zuvsim {
 ServiceRoad::ServiceRoad(const RoadOptions& options) : reportFile(options.reportFile) {
     zuvLogger::getInstance();  // before the queue starts its worker
     if (options.rmc == "sim")
-        rmc.reset(new InProcessRmc(options.rmcBehave, options.realPause));
+        rmc = std::make_unique<InProcessRmc>(options.rmcBehave, options.realPause);
     else if (options.rmc != "device")
         throw std::invalid_argument("unknown RMC transport " + options.rmc);
 }

@@ -187,7 +187,7 @@ int main(int argc, char** argv) {
     static std::unique_ptr<zuvsim::ServiceRoad> road;
     if (!options.road.rmc.empty()) {
         try {
-            road.reset(new zuvsim::ServiceRoad(options.road));
+            road = std::make_unique<zuvsim::ServiceRoad>(options.road);
         } catch (const std::exception& e) {
             std::fprintf(stderr, "zuvSimService: %s\n", e.what());
             return 2;
