@@ -14,9 +14,6 @@
 namespace zuvsim {
 namespace {
 
-// Blocks scripted ahead of each command: an argument of up to 14 KB.
-const size_t kScriptedBlocks = 256;
-
 // The argument pretty-printed when it is JSON, else as it stands.
 std::string readable(const std::string& argument) {
     Json::Value value;
@@ -37,23 +34,14 @@ void InProcessRmc::Device::sleepMicroseconds(uint64_t microseconds) {
 }
 
 InProcessRmc::InProcessRmc(const std::string& behave, bool realPause) : device(rmc, realPause) {
-    if (behave == "lost") {
+    if (behave == "lost")
         device.failNext(SimulatedRmcDevice::Step::Receive, INT_MAX);
-    } else if (behave.rfind("status=", 0) == 0) {
-        blockStatus = std::stoi(behave.substr(7), nullptr, 0);
-        if (blockStatus < 0 || blockStatus > 255) throw std::invalid_argument("status out of range");
-    } else if (behave != "normal") {
+    else if (behave != "normal")
         throw std::invalid_argument("unknown RMC behaviour " + behave);
-    }
     zuvIPMI::setDeviceSystem(&device);
 }
 
 InProcessRmc::~InProcessRmc() { zuvIPMI::setDeviceSystem(nullptr); }
-
-void InProcessRmc::beforeCommand() {
-    if (blockStatus >= 0)
-        rmc.scriptBlockStatuses(std::vector<uint8_t>(kScriptedBlocks, static_cast<uint8_t>(blockStatus)));
-}
 
 void InProcessRmc::reportCommands(std::FILE* out) {
     const std::vector<AssembledCommand> commands = rmc.commands();

@@ -13,8 +13,8 @@ namespace zuvsim {
 
 class InProcessRmc {
 public:
-    // behave: "normal"; "status=N", every block answered with transfer status N; "lost", no
-    // answer reaches the host (every receive of the device fails, so every transfer fails).
+    // behave: "normal", or "lost": no answer reaches the host (every receive of the device
+    // fails, so every transfer fails).
     // realPause: the pauses the IPMI service asks of the device are really taken (the 500 ms
     // behind every command); otherwise they are only recorded. Throws std::invalid_argument
     // for an unknown behave text. Installs itself as the process's device seam.
@@ -23,8 +23,6 @@ public:
     InProcessRmc(const InProcessRmc&) = delete;
     InProcessRmc& operator=(const InProcessRmc&) = delete;
 
-    // Scripts the status of the blocks of the command that comes next.
-    void beforeCommand();
     // Writes what the RMC put together since the last call: for each command its name, its
     // block count and its argument, an argument that is JSON pretty-printed.
     void reportCommands(std::FILE* out);
@@ -41,7 +39,6 @@ private:
 
     SimulatedRmc rmc;
     Device device;
-    int blockStatus = -1;  // -1: the RMC's own statuses
     size_t reported = 0;
 };
 

@@ -19,17 +19,17 @@ int holdServicePipe(const char* path) {
         return -1;
     }
     const int fd = open(path, O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
-        std::perror("zuvSimService: open of the service pipe");
-        return -1;
-    }
-    (void)flock(fd, LOCK_EX);  // a sender that got in first finishes its packet
+    if (fd < 0) std::perror("zuvSimService: open of the service pipe");
+    return fd;
+}
+
+long dropUnread(int heldPipe) {
+    (void)flock(heldPipe, LOCK_EX);
     char scrap[4096];
     long dropped = 0;
-    for (ssize_t n; (n = read(fd, scrap, sizeof scrap)) > 0;) dropped += n;
-    (void)flock(fd, LOCK_UN);
-    if (dropped > 0) std::fprintf(stderr, "zuvSimService: dropped %ld bytes left in %s\n", dropped, path);
-    return fd;
+    for (ssize_t n; (n = read(heldPipe, scrap, sizeof scrap)) > 0;) dropped += n;
+    (void)flock(heldPipe, LOCK_UN);
+    return dropped;
 }
 
 }  // namespace zuvsim

@@ -45,7 +45,6 @@ zuvPlatformServices* ServiceRoad::services() {
 
 int32_t ServiceRoad::deliver(const std::function<void(std::function<void(int)>)>& send) {
     if (services() == nullptr) return -1;
-    if (rmc) rmc->beforeCommand();
     std::promise<int> delivered;
     std::future<int> code = delivered.get_future();
     try {

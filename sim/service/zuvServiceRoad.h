@@ -17,7 +17,7 @@ namespace zuvsim {
 
 struct RoadOptions {
     std::string rmc;                   // "sim": the in-process simulated RMC; "device": /dev/ipmi0
-    std::string rmcBehave = "normal";  // of the simulated RMC, see InProcessRmc
+    std::string rmcBehave = "normal";  // of the simulated RMC: "normal" or "lost"
     bool realPause = true;             // of the simulated RMC
     std::string reportFile;            // what the RMC received and its doorbells, after each request
 };

@@ -1,5 +1,4 @@
-// zuvCli and the simulated service on the library's road, in the test sandbox: the road to the
-// RMC and back, many clients at once with the service killed and restarted, zuvCli under memcheck.
+// zuvCli and the simulated service on the library's road, in the test sandbox.
 #include "zuvProcess.h"
 #include "zuvSandbox.h"
 #include "zuvSmbiosImage.h"
@@ -14,6 +13,7 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <functional>
 #include <map>
 #include <set>
 #include <sstream>
@@ -38,6 +38,13 @@ Json::Value parsed(const std::string& text) {
 }
 
 std::string replyPipeOf(pid_t pid) { return "/var/run/kelzuvcli" + std::to_string(pid); }
+
+// Polls until done() holds, for 30 s at the most.
+bool eventually(const std::function<bool()>& done) {
+    for (int polls = 0; polls < 30000; ++polls, usleep(1000))
+        if (done()) return true;
+    return false;
+}
 
 // Every resource enabled, an SMBIOS image at the host's path and the host's version tool.
 class Service : public ::testing::Test {
@@ -66,10 +73,14 @@ TEST_F(Service, TestEventTravelsTheRoadAndZuvCliPrintsTheDeliverysOutcome) {
     // The simulated RMC's behaviour, the line zuvCli prints, an error line of the IPMI service.
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"normal", kSent, nullptr},
-        // A status above 2 is logged and is no failed transfer: the completion still gets 0.
-        {"status=5", kSent, "Transfer Status is 0x5[Provided command not supported] and Cmd Exit Status is 0x0"},
         {"lost", kNotSent, "RMC Cli Command Execution failed"},
     };
+    // A client gone before its answer gets none (its reply pipe would never open); the service goes on.
+    startService({"--rmc", "sim"});  // the answer waits for the 500 ms pause behind the last block
+    zuvtest::BackgroundProcess gone({ZUV_CLI_PATH, "-t", "708"});
+    ASSERT_TRUE(eventually([] { return zuvtest::logHolds(kRecord, "packet"); }));
+    gone.stop();
+    EXPECT_EQ(zuvtest::runProcess({ZUV_CLI_PATH, "-t", "708"}).out, kSent);
     utsname host{};
     uname(&host);
     for (const auto& [rmc, out, errorLine] : cases) {
@@ -96,7 +107,6 @@ TEST_F(Service, TestEventTravelsTheRoadAndZuvCliPrintsTheDeliverysOutcome) {
             EXPECT_EQ(event["OSType"], 104);
             EXPECT_NE(event["IPv4Addresses"][0]["Address"].asString(), "");
         }
-        zuvtest::clearLogs();
         unlink(kReport);
     }
 }
@@ -104,10 +114,9 @@ TEST_F(Service, TestEventTravelsTheRoadAndZuvCliPrintsTheDeliverysOutcome) {
 // Client i's payload: an event with a location, or an inventory into a file that can or can't be
 // written, all its own. The kinds get different codes: an answer meant for another shows.
 std::string payloadOf(int i) {
-    char location[17];
-    std::snprintf(location, sizeof location, "LOCATION%08d", i);
-    return i % 3 ? (i % 3 == 1 ? "/tmp/inv" : "/tmp/no-dir/inv") + std::to_string(i) + ".json"
-                 : "708 " + std::string(location);
+    char event[24];  // "708 " and 16 characters for every client of a run
+    std::snprintf(event, sizeof event, "708 LOCATION%08d", i);
+    return i % 3 ? (i % 3 == 1 ? "/tmp/inv" : "/tmp/no-dir/inv") + std::to_string(i) + ".json" : event;
 }
 std::string outputOf(int i, const char* stream) { return "/tmp/client" + std::to_string(i) + stream; }
 
@@ -116,8 +125,7 @@ protected:
     // Starts clients first..first+count-1 at once, each printing into files of its own.
     void launch(int first, int count) {
         for (int i = first; i < first + count; ++i) {
-            const std::string payload = payloadOf(i);
-            const std::string request = i % 3 ? " -j " + payload : " -t 708 -l " + payload.substr(4);
+            const std::string request = i % 3 ? " -j " + payloadOf(i) : " -t 708 -l " + payloadOf(i).substr(4);
             clients[i].start(
                 {"/bin/sh", "-c",
                  "exec " ZUV_CLI_PATH + request + " >" + outputOf(i, ".out") + " 2>" + outputOf(i, ".err")});
@@ -171,10 +179,7 @@ TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
     ASSERT_EQ(flock(held, LOCK_EX), 0);
     launch(0, 1);
     const std::string waiter = "-> FLOCK  ADVISORY  WRITE " + std::to_string(clients[0].pid()) + " ";
-    for (int polls = 0; zuvtest::readFile("/proc/locks").find(waiter) == std::string::npos; ++polls) {
-        ASSERT_LT(polls, 30000) << "the client never waited for the lock";
-        usleep(1000);
-    }
+    ASSERT_TRUE(eventually([&] { return zuvtest::logHolds("/proc/locks", waiter); })) << "no wait for the lock";
     close(held);
     EXPECT_TRUE(answered(0, ended(0)));
 
@@ -194,10 +199,7 @@ TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
 
     // The service dies in the middle of a wave, and a new one takes its pipe over.
     launch(loaded, wave);
-    for (int polls = 0; packetsByClient().size() < static_cast<size_t>(loaded + 10); ++polls) {
-        ASSERT_LT(polls, 30000) << "the wave never reached the service";
-        usleep(1000);
-    }
+    ASSERT_TRUE(eventually([&] { return packetsByClient().size() >= static_cast<size_t>(loaded + 10); }));
     service.stop();
     startService(options);
     answeredWave(loaded + wave, wave);
@@ -218,7 +220,6 @@ TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
                                                            "zuvCli Error: Failed to read the reply of ZUV service.\n");
         EXPECT_TRUE(status < 0 || answered(i, status) || cut) << i << " ended with " << status;
     }
-    for (const auto& [i, count] : packetsByClient()) EXPECT_EQ(count, 1) << i;
 }
 
 TEST_F(Service, ZuvCliLeavesNothingButTheLoggerUnderMemcheck) {
@@ -242,9 +243,9 @@ TEST_F(Service, ZuvCliLeavesNothingButTheLoggerUnderMemcheck) {
         Args argv{ZUV_VALGRIND, "--suppressions=" ZUV_VALGRIND_SUPPRESSIONS, ZUV_CLI_PATH};
         argv.insert(argv.end(), args.begin(), args.end());
         const auto result = zuvtest::runProcess(argv, 120000);
-        const std::string shown = args.empty() ? "(none)" : args[0] + " " + args[1];
-        EXPECT_EQ(result.exitStatus, out.empty() ? 1 : 0) << shown << result.err;  // 99: memcheck found something
-        EXPECT_EQ(result.out.substr(0, out.size()), out) << shown;
+        EXPECT_EQ(result.exitStatus, out.empty() ? 1 : 0)
+            << ::testing::PrintToString(args) << result.err;  // 99: memcheck
+        EXPECT_EQ(result.out.substr(0, out.size()), out) << ::testing::PrintToString(args);
     }
 #endif
 }
