@@ -21,11 +21,6 @@ void SimulatedRmcDevice::failNext(Step step, int count, int after) {
     failures[step] = Failure{after, count};
 }
 
-void SimulatedRmcDevice::setSendFailureResult(int result) {
-    std::lock_guard<std::mutex> lock(mutex);
-    sendFailureResult = result;
-}
-
 void SimulatedRmcDevice::setDevicePresent(bool present, bool createdByMknod) {
     std::lock_guard<std::mutex> lock(mutex);
     devicePresent = present;
@@ -83,7 +78,6 @@ int SimulatedRmcDevice::ioctlDevice(int fd, unsigned long request, void* argumen
 int SimulatedRmcDevice::send(void* argument) {
     const auto* request = static_cast<const ipmi_req*>(argument);
     SentRequest record;
-    record.ioctlNumber = kSendCommand;
     record.addrLen = request->addr_len;
     record.msgid = request->msgid;
     record.netFn = request->msg.netfn;
@@ -113,16 +107,16 @@ int SimulatedRmcDevice::send(void* argument) {
     sentRequests.push_back(record);
     if (takeFailure(Step::Send)) {
         errno = EIO;
-        return sendFailureResult;
+        return -1;
     }
-    Response answer = rmc.handle(record.netFn, record.cmd, record.data);
-    sentRequests.back().answer = answer;
-    pending.push_back(Pending{record.msgid, record.netFn, record.cmd, std::move(answer)});
+    pending.push_back(
+        Pending{record.msgid, record.netFn, record.cmd, rmc.handle(record.netFn, record.cmd, record.data)});
     return 0;
 }
 
 int SimulatedRmcDevice::receive(void* argument) {
     auto* received = static_cast<ipmi_recv*>(argument);
+    offered.emplace_back(received->addr_len, received->msg.data_len);
     if (pending.empty()) {
         errno = EAGAIN;
         return -1;
@@ -164,6 +158,7 @@ int SimulatedRmcDevice::receive(void* argument) {
 int SimulatedRmcDevice::selectDevice(int nfds, fd_set* readSet, fd_set* writeSet, fd_set* errorSet,
                                      struct timeval* timeout) {
     std::lock_guard<std::mutex> lock(mutex);
+    ++selectCalls;
     if (writeSet != nullptr || errorSet != nullptr || timeout != nullptr || nfds != deviceFd + 1)
         deviceFaults.push_back("select beyond the device's read set");
     // A failed wait loses the response it waited for, so that the next exchange starts clean.
@@ -203,6 +198,11 @@ std::vector<SentRequest> SimulatedRmcDevice::sent() const {
     return sentRequests;
 }
 
+std::vector<std::pair<unsigned, unsigned>> SimulatedRmcDevice::receives() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return offered;
+}
+
 std::vector<std::string> SimulatedRmcDevice::shellCommands() const {
     std::lock_guard<std::mutex> lock(mutex);
     return shell;
@@ -211,6 +211,11 @@ std::vector<std::string> SimulatedRmcDevice::shellCommands() const {
 std::vector<uint64_t> SimulatedRmcDevice::sleeps() const {
     std::lock_guard<std::mutex> lock(mutex);
     return pauses;
+}
+
+size_t SimulatedRmcDevice::selects() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return selectCalls;
 }
 
 std::vector<std::string> SimulatedRmcDevice::openedPaths() const {
@@ -236,8 +241,10 @@ std::vector<std::string> SimulatedRmcDevice::faults() const {
 void SimulatedRmcDevice::clearRecord() {
     std::lock_guard<std::mutex> lock(mutex);
     sentRequests.clear();
+    offered.clear();
     shell.clear();
     pauses.clear();
+    selectCalls = 0;
     opened.clear();
     flags.clear();
     closedFds.clear();
