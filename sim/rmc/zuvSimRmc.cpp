@@ -219,7 +219,7 @@ Response SimulatedRmc::getSdr(const std::vector<uint8_t>& data) {
     if (offset > record.size()) return failure(kParameterOutOfRange);
     const size_t end = std::min(record.size(), static_cast<size_t>(offset) + count);
     Response response;
-    putLe16(response.body, index + 1 < sdrs.size() ? sdrId(index + 1) : lastNextRecordId);
+    putLe16(response.body, index + 1 < sdrs.size() ? sdrId(index + 1) : kEndOfRepository);
     response.body.insert(response.body.end(), record.begin() + offset, record.begin() + static_cast<long>(end));
     return response;
 }
@@ -271,11 +271,6 @@ size_t SimulatedRmc::sdrCount() const {
 void SimulatedRmc::overrideRecordCount(uint16_t count) {
     std::lock_guard<std::mutex> lock(mutex);
     recordCountOverride = count;
-}
-
-void SimulatedRmc::setLastNextRecordId(uint16_t id) {
-    std::lock_guard<std::mutex> lock(mutex);
-    lastNextRecordId = id;
 }
 
 void SimulatedRmc::cancelReservationAt(size_t index, uint8_t offset) {

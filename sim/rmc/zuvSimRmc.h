@@ -74,8 +74,6 @@ public:
     size_t sdrCount() const;
     // Reports this record count in Get SDR Repository Info instead of the real one.
     void overrideRecordCount(uint16_t count);
-    // The next-record id that the last record gives (0xFFFF unless changed).
-    void setLastNextRecordId(uint16_t id);
     // Cancels the reservation once, when Get SDR asks for the record at `index` at `offset`.
     void cancelReservationAt(size_t index, uint8_t offset);
 
@@ -115,7 +113,6 @@ private:
 
     std::vector<std::vector<uint8_t>> sdrs;
     int recordCountOverride = -1;
-    uint16_t lastNextRecordId = kEndOfRepository;
     uint16_t reservationId = 0;
     bool reservationValid = false;
     struct Cancellation {

@@ -54,7 +54,8 @@ public:
     std::vector<std::string> openedPaths() const;
     std::vector<int> openFlags() const;
     std::vector<int> closed() const;
-    // ioctl numbers this device didn't know, or records it couldn't read.
+    // What the driver would refuse: an unknown ioctl number, a record it can't read, a select
+    // beyond the device's read set or with a time-out.
     std::vector<std::string> faults() const;
     void clearRecord();
 

@@ -93,22 +93,20 @@ TEST_F(IpmiTest, CacheReadsEachRecordInPiecesUnderAReservationOnce) {
         zuvIPMI::SDRRepositoryCache cache(service.get());
         const zuvIPMI::SDRRepositoryCache& constant = cache;
         EXPECT_EQ(thrown([&] { cache.begin(); }).empty(), c.failReceiveAfter < 0);
-        std::vector<std::vector<Bytes>> seen(2);
-        std::vector<Bytes> expected;
+        std::vector<Bytes> seen[2], expected;
         for (size_t i = 0; i < c.loaded; ++i) expected.push_back(rmc->sdrRecord(i));
         for (Bytes& record : expected) record.resize(255, 0);
         std::atomic<int> polls{0};
-        std::vector<std::thread> threads;
-        for (auto& records : seen)
-            threads.emplace_back([&] {
-                for (const auto& r : constant) records.emplace_back(r.bytes, r.bytes + 255);
-            });
-        threads.emplace_back([&] {
+        auto read = [&](std::vector<Bytes>* records) {
+            for (const auto& r : constant) records->emplace_back(r.bytes, r.bytes + 255);
+        };
+        std::thread reader(read, &seen[1]), poller([&] {
             for (int i = 0; i < 5; ++i) polls += service->checkDoorBell(DoorBellTelemetry);
         });
-        for (std::thread& thread : threads) thread.join();
-        EXPECT_EQ(std::make_tuple(seen, polls.load()),
-                  std::make_tuple(std::vector<std::vector<Bytes>>(2, expected), 5));
+        read(&seen[0]);
+        reader.join();
+        poller.join();
+        EXPECT_EQ(std::make_tuple(seen[0], seen[1], polls.load()), std::make_tuple(expected, expected, 5));
         EXPECT_EQ((std::vector<long>{cache.end() - cache.begin(), cache.rend() - cache.rbegin(),
                                      constant.rend() - constant.rbegin()}),
                   std::vector<long>(3, static_cast<long>(c.loaded)));
