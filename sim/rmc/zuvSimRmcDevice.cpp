@@ -4,6 +4,7 @@
 #include <linux/ipmi.h>
 #include <sys/select.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -111,6 +112,7 @@ int SimulatedRmcDevice::send(void* argument) {
     }
     pending.push_back(
         Pending{record.msgid, record.netFn, record.cmd, rmc.handle(record.netFn, record.cmd, record.data)});
+    pendingPeak = std::max(pendingPeak, pending.size());
     return 0;
 }
 
@@ -218,6 +220,11 @@ size_t SimulatedRmcDevice::selects() const {
     return selectCalls;
 }
 
+size_t SimulatedRmcDevice::mostPending() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return pendingPeak;
+}
+
 std::vector<std::string> SimulatedRmcDevice::openedPaths() const {
     std::lock_guard<std::mutex> lock(mutex);
     return opened;
@@ -245,6 +252,7 @@ void SimulatedRmcDevice::clearRecord() {
     shell.clear();
     pauses.clear();
     selectCalls = 0;
+    pendingPeak = 0;
     opened.clear();
     flags.clear();
     closedFds.clear();

@@ -51,6 +51,8 @@ public:
     std::vector<std::string> shellCommands() const;
     std::vector<uint64_t> sleeps() const;
     size_t selects() const;
+    // The most answers that waited to be received at one time: 1 while exchanges don't overlap.
+    size_t mostPending() const;
     std::vector<std::string> openedPaths() const;
     std::vector<int> openFlags() const;
     std::vector<int> closed() const;
@@ -94,6 +96,7 @@ private:
     std::vector<std::string> shell;
     std::vector<uint64_t> pauses;
     size_t selectCalls = 0;
+    size_t pendingPeak = 0;
     std::vector<std::string> opened;
     std::vector<int> flags;
     std::vector<int> closedFds;
