@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The whole test suite: installs what is missing, then runs the stages listed at the bottom in
 # order: the format check, the normal (Release) build with every test, an ASan+UBSan build with
-# every test but the kernel ones, a TSan build of the concurrency tests, and a bounded
-# fuzz run where clang is present. The builds are the presets of
+# every test but the kernel ones, a TSan build of the concurrency tests, the install and package
+# checks, and a bounded fuzz run where clang is present. The builds are the presets of
 # CMakePresets.json; their trees live in the checkout (build*/), never under /tmp, which the test
 # sandbox replaces. It ends with the size of the tests against the code.
 set -euo pipefail
@@ -39,6 +39,13 @@ stage_tsan() {
     ctest --preset tsan
 }
 
+# The product as a packager builds it, installed, consumed from outside and packaged.
+stage_install() {
+    cmake --preset release >/dev/null
+    cmake --build --preset release
+    bash tests/install/run.sh build-release
+}
+
 stage_fuzz() {
     [ ! -f tests/fuzz/run.sh ] || bash tests/fuzz/run.sh
 }
@@ -59,7 +66,7 @@ print_test_size() {
         "$(awk -v t="$tests" -v c="$code" 'BEGIN { printf "%.2f", t / c }')"
 }
 
-stages=(format normal asan tsan fuzz)
+stages=(format normal asan tsan install fuzz)
 for stage in "${stages[@]}"; do
     begun=$SECONDS
     echo "=== $stage ($((begun - started))s since start)"
