@@ -66,7 +66,8 @@ print_test_size() {
         "$(awk -v t="$tests" -v c="$code" 'BEGIN { printf "%.2f", t / c }')"
 }
 
-stages=(format normal asan tsan install fuzz)
+# ZUV_STAGES="asan install" runs only the stages named, in the order named.
+read -r -a stages <<<"${ZUV_STAGES:-format normal asan tsan install fuzz}"
 for stage in "${stages[@]}"; do
     begun=$SECONDS
     echo "=== $stage ($((begun - started))s since start)"
