@@ -17,11 +17,7 @@ int main() {
     const char* const path = "/opt/kelzuv/consumer.pipe";
     if (!zuvCreatePipe(path)) return 1;
     char text[] = "708";
-    zuvPipePacket sent{};
-    sent.senderTag = 9;
-    sent.messageType = 0x0102;
-    sent.payloadLength = 3;
-    sent.payload = text;
+    const zuvPipePacket sent{9, {}, 0x0102, 3, 0, {}, text};  // tag, type, length, pid, payload
     std::thread writer([&] { zuvWritePipe(path, &sent); });
     zuvPipePacket received{};
     const bool read = zuvReadPipe(path, &received);
