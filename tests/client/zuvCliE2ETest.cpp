@@ -1,5 +1,4 @@
-// zuvCli end to end against the simulated service, in the sandbox: printed lines, exit status, packets sent, pipes
-// left.
+// zuvCli end to end against the simulated service, in the sandbox: lines, exit status, packets sent, pipes left.
 #include "zuvProcess.h"
 #include "zuvSandbox.h"
 
@@ -90,7 +89,7 @@ TEST(Cli, EachRequestGivesItsLineStatusAndPackets) {
     // clang-format on
     setenv("CLI", ZUV_CLI_PATH, 1);  // for the shell's command line
     for (const Case& c : cases) {
-        const std::string row = c.args.substr(0, 60) + " (" + c.service + ")";
+        const std::string row = c.args.substr(0, 60) + " (" + c.service + ") " + c.config.substr(0, 40);
         c.config == "-" ? (void)unlink("/opt/kelzuv/vital/zuv.conf") : zuvtest::writeConfig(c.config);
         unlink(kRecord);
         zuvtest::BackgroundProcess service;
@@ -99,7 +98,7 @@ TEST(Cli, EachRequestGivesItsLineStatusAndPackets) {
         ASSERT_TRUE(c.service == "-" || zuvtest::waitForPath("/var/run/kelzuv")) << row;
         Args argv = split(c.args, '|');
         if (argv.empty() || argv[0][0] != '/') argv.insert(argv.begin(), ZUV_CLI_PATH);
-        const zuvtest::ProcessResult result = zuvtest::runProcess(argv, 2000);
+        const zuvtest::ProcessResult result = zuvtest::runProcess(argv, c.status == -1 ? 2000 : 10000);
         service.stop();
         unlink("/var/run/kelzuv");
         EXPECT_EQ(std::to_string(result.exitStatus) + " " + result.out, std::to_string(c.status) + " " + c.out) << row;
