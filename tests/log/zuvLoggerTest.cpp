@@ -126,10 +126,10 @@ TEST(Logger, LinesFromManyThreadsNeverMix) {
                              }).text);
     // Whole lines; each thread number, 100 to 103, is one worker's; a worker's lines come in its order.
     std::map<int, int> workerOf, next;
+    const std::regex shape(R"(\S+ \[WARNING\] (10[0-3]) \d+ T: worker (\d) line (\d+))");
     for (std::string line; std::getline(lines, line);) {
         std::smatch m;
-        ASSERT_TRUE(
-            std::regex_match(line, m, std::regex(R"(\S+ \[WARNING\] (10[0-3]) \d+ T: worker (\d) line (\d+))")));
+        ASSERT_TRUE(std::regex_match(line, m, shape)) << line;
         EXPECT_EQ(workerOf.emplace(std::stoi(m[1]), std::stoi(m[2])).first->second, std::stoi(m[2])) << line;
         EXPECT_EQ(next[std::stoi(m[2])]++, std::stoi(m[3])) << line;
     }
