@@ -122,11 +122,15 @@ int32_t zuvConfig::getPushInventoryFrequencyInMinutes() const {
     return intAt(root, {"PushInventoryFrequencyInMinutes"}, 1440);
 }
 
+// A list of any other shape than an array of strings is the empty default; the walk ends with
+// false at the first element that is no string, whatever stands behind it.
 bool zuvConfig::isResourceEnabled(const std::string& name) const {
     try {
-        for (const Json::Value& element : memberAt(root, {"EnableResources"})) {
-            const std::string text = element.asString();
-            if (text == name || text == "All") return true;
+        const Json::Value& list = memberAt(root, {"EnableResources"});
+        if (!list.isArray()) return false;
+        for (const Json::Value& element : list) {
+            if (!element.isString()) return false;
+            if (element.asString() == name || element.asString() == "All") return true;
         }
     } catch (...) {
     }
