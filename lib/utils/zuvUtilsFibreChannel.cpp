@@ -8,6 +8,7 @@
 #include "log/zuvLogger.h"
 #include "utils/zuvCommandPipe.h"
 #include "utils/zuvScratchFile.h"
+#include "utils/zuvShellWord.h"
 #include "utils/zuvUtils.h"
 #include "utils/zuvUtilsLogTag.h"
 #include "vmware/zuvVMwareOSUtils.h"
@@ -150,7 +151,13 @@ void zuvUtils::printFcNameMap() {
 }
 
 int zuvUtils::getAdapterPciString(const std::string& adapter, std::string& pciString) {
-    const zuvCommandPipe stream = zuvOpenCommand("localcli storage core adapter list | grep -i '" + adapter + "'");
+    std::string word;
+    if (!zuvShellQuote(adapter, &word)) {
+        ZUV_LOG_WARNING(kUtilsLogTag, "Refusing adapter name with a quote, a control character or a leading '-': [%s]",
+                        adapter.c_str());
+        return -1;
+    }
+    const zuvCommandPipe stream = zuvOpenCommand("localcli storage core adapter list | grep -i " + word);
     if (!stream) {
         ZUV_LOG_ERROR(kUtilsLogTag, "Error occurred in identifying PCI string.");
         return -1;
