@@ -167,7 +167,7 @@ TEST_F(UtilsOSVersion, EmptyAnswerIsNotCachedAndTextWithoutColonIsKeptWhole) {
 }
 
 TEST_F(UtilsOSVersion, SyncPersistentStorageReportsAFailingTool) {
-    tools.installAt("vim-cmd", "/bin/vim-cmd");
+    tools.installIn("/bin", "vim-cmd");
     tools.answer("vim-cmd", "hostsvc/firmware/sync_config", "");
     utils.syncPersistentStorage();
     EXPECT_TRUE(mainMessages().empty());

@@ -318,7 +318,7 @@ TEST_F(BootTrackingTest, FullStorageKeepsTheOldStateFileWhole) {
 
 TEST_F(BootTrackingTest, SyncRunsVimCmdAndWarnsWithTheRawStatus) {
     zuvsim::FakeHostTools tools(ZUV_SOURCE_DIR);
-    tools.installAt("vim-cmd", "/bin/vim-cmd");
+    tools.installIn("/bin", "vim-cmd");
     struct Case {
         int rc;
         const char* warning;
