@@ -20,8 +20,8 @@ Slot r001i02s03 | "" | DEBUG ZUV_UTILS: Error detecting GeoId : No match
         check(row, utils.getGeoIdFromDesignation(row[0]));
     EXPECT_EQ(utils.getGeoIdForPciAddress("0000:01:00.0"), "NotAvailable");
     zuvUtils::geoIdLocationMap = {{"0000:02:00.0", "r001i02s03"}, {"0000:01:00.0", "r001u02p3i04"}};
-    EXPECT_EQ(utils.getGeoIdForPciAddress("0000:01:00.0") + utils.getGeoIdForPciAddress("01:00.0"),
-              "r001u02p3i04NotAvailable");
+    EXPECT_EQ(join({utils.getGeoIdForPciAddress("0000:01:00.0"), utils.getGeoIdForPciAddress("01:00.0")}),
+              "r001u02p3i04,NotAvailable");
     zuvtest::clearLogs(), utils.printGeoIdMap();
     EXPECT_EQ(logged(), (Lines{"DEBUG ZUV_UTILS: -----Printing GEoID PCIe location map-----",
                                "DEBUG ZUV_UTILS: 0000:01:00.0       r001u02p3i04",
@@ -29,8 +29,7 @@ Slot r001i02s03 | "" | DEBUG ZUV_UTILS: Error detecting GeoId : No match
 }
 
 TEST_F(UtilsGeoId, DecoderOfThePlatformIsCompiledOnceAndServesTheWholeProcess) {
-    // platform codes set in turn (in a child each) | the fields of five addresses, whether a decoder is ready | lines
-    // logged
+    // platform codes set in turn, in a child | fields of five addresses, a decoder ready | lines logged
     for (const Lines& row : table(R"(
 2 | [001,02,3,04][][][][] ready | DEBUG ZUV_UTILS: GeoID not available for PCI address [none].
 1 | [][001,02,03][][][] ready | DEBUG ZUV_UTILS: Error decoding GeoID [r001i02s03x]: [1] - [No match]
@@ -53,9 +52,7 @@ TEST_F(UtilsGeoId, DecoderOfThePlatformIsCompiledOnceAndServesTheWholeProcess) {
                     storeCachedPlatformCode(platform);
                     for (const char* address : {"0000:01:00.0", "0000:02:00.0", "0000:03:00.0", "0000:04:00.0", "none"})
                         try {
-                            std::string fields;
-                            for (const std::string& field : zuvUtils().decodeGeoId(address)) fields += "," + field;
-                            out += "[" + fields.substr(fields.empty() ? 0 : 1) + "]";
+                            out += "[" + join(zuvUtils().decodeGeoId(address)) + "]";
                         } catch (const std::runtime_error&) {  // the platform can't be read: it passes
                             out += "[!]";
                         }

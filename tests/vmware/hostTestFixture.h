@@ -8,7 +8,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <numeric>
 #include <sstream>
 
 #include "fakeHostSystem.h"
@@ -44,9 +43,9 @@ inline std::vector<Lines> table(const std::string& text, const std::string& sepa
     return rows;
 }
 // The parts joined in the order written: a braced list is evaluated from left to right.
-inline std::string join(std::initializer_list<std::string> parts, const std::string& separator = ",") {
+inline std::string join(const std::vector<std::string>& parts, const std::string& separator = ",") {
     std::string text;
-    for (const std::string& part : parts) text += (&part == parts.begin() ? "" : separator) + part;
+    for (const std::string& part : parts) text += (&part == &parts.front() ? "" : separator) + part;
     return text;
 }
 inline Lines linesOf(const std::string& path) {
@@ -105,7 +104,6 @@ protected:
     std::string run(const std::string& op) try {
         std::string pci = "kept";
         time_t a = 7, b = 7;
-        const auto all = [](const Lines& lines) { return std::accumulate(lines.begin(), lines.end(), std::string()); };
         const auto ids = [](const std::pair<std::string, std::string>& p) { return p.first + "," + p.second; };
         const auto figures = [](const std::vector<double>& m) {
             return m.empty() ? std::string("none") : std::to_string(int(m[0])) + "," + std::to_string(int(m[1]));
@@ -124,8 +122,8 @@ protected:
             return join({ids(os.getPciIds(key)), ids(os.getPciSubIds(key))});
         }
         if (op == "sync") return utils.syncPersistentStorage(), os.syncPersistentStorage(), "";
-        if (op == "runners") return join({all(utils.runCommand("echo x")), all(os.runCommand("echo x"))});
-        if (op == "runOrThrow") return all(os.runCommandOrThrow("echo x"));
+        if (op == "runners") return join({join(utils.runCommand("echo x"), ""), join(os.runCommand("echo x"), "")});
+        if (op == "runOrThrow") return join(os.runCommandOrThrow("echo x"), "");
         if (op == "state") return std::to_string(os.readStartStopValue("last_start"));
         if (op == "line") return utils.findLineInFile("/tmp/shell.log", "");
         throw std::logic_error("no operation " + op);

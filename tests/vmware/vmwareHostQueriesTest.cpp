@@ -1,10 +1,27 @@
 // What both classes ask the host (they share the uname, getifaddrs, vim-cmd and pipe code), the
 // exact command line of every operation, and what a shell that can't start gives.
 #include <sys/resource.h>
+#include <sys/wait.h>
 
 #include <csignal>
 
 #include "hostTestFixture.h"
+
+// The replacement operator delete frees what the replacement operator new took from malloc.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+static size_t failFrom = 0;  // the next allocation of at least this many bytes fails (0: none does)
+void* operator new(size_t size) {
+    if (failFrom != 0 && size >= failFrom) {
+        failFrom = 0;
+        throw std::bad_alloc();
+    }
+    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
 TEST_F(HostTest, EveryOperationGivesTheShellItsCommandLineByteForByte) {
     tools.installIn("/bin", "vim-cmd");
@@ -65,6 +82,23 @@ line | "" | DEBUG ZUV_UTILS: Unable to open the file : /tmp/shell.log, error : T
     for (int fd : held) close(fd);
     setrlimit(RLIMIT_NOFILE, &saved);
     for (size_t i = 0; i < rows.size(); ++i) check(rows[i], results[i]);
+}
+
+TEST_F(HostTest, AnExceptionWhileReadingStillClosesThePipeAndFreesTheInterfaceList) {
+    host.interfaces.assign(80, {"vmk0", AF_INET, "10.0.0.1"});  // their list outgrows the allocation limit
+    const auto descriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
+    const auto before = descriptors();
+    for (const std::function<void()>& call : std::vector<std::function<void()>>{
+             [&] { utils.runCommand("printf %03000d 0"); }, [&] { os.runCommand("printf %03000d 0"); },
+             [&] { os.runCommandOrThrow("printf %03000d 0"); }, [&] { utils.getIPv4Addresses(); },
+             [&] { os.getIPv4Addresses(); }}) {
+        failFrom = 2000;
+        EXPECT_THROW(call(), std::bad_alloc);
+        failFrom = 0;
+    }
+    EXPECT_EQ(descriptors(), before);              // every stream was closed
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);  // and its shell waited for
+    EXPECT_EQ(host.listsFreed, 2);
 }
 
 TEST_F(HostTest, UnameAndIPv4ScansOfBothClasses) {

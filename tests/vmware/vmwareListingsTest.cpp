@@ -74,7 +74,7 @@ TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRow) {
 \n"t","1023","1200","1024",\n | 0,1
 \n"t","4096.75","1200","2047.99",\n | 4,1
 \n"t","abc","1200","-2048",\n | 0,-2
-\n"t",8192,"1200","2048",\n | 0,2
+\n"t",819200,"1200","2048",\n | 0,2
 \n"t","2048","1200","1024",\n"t","8192","1","8192",\n | 2,1
 "T","Machine MBytes","\Memory\Free MBytes"\n"t","8192","2048"\n | 0,0
 "T","\Memory\Free MBytes","x","Machine MBytes (total)",\n"t","10240","1","20480",\n | 20,10
