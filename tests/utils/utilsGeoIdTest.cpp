@@ -1,10 +1,7 @@
 // GeoIDs: the search in PCI designations, the map by PCI address, and the decoder that the
 // platform picks once per process.
-#include <regex.h>
-
 #include "hostTestFixture.h"
 #include "platform/zuvPlatformCode.h"
-#include "utils/zuvGeoIdExpressions.h"
 #include "zuvChild.h"
 
 class UtilsGeoId : public HostTest {};
@@ -60,38 +57,5 @@ TEST_F(UtilsGeoId, DecoderOfThePlatformIsCompiledOnceAndServesTheWholeProcess) {
                 const bool unlocked = zuvUtils::geoIdRegexMutex.try_lock();  // also after an exception
                 return out + (zuvUtils::geoIdRegexReady ? " ready" : " not ready") + (unlocked ? "" : " locked");
             }).text);
-    }
-}
-
-TEST_F(UtilsGeoId, SearchExpressionsFindEachFormInsideText) {
-    struct Case {
-        int32_t type;
-        const char* geoId;
-        std::vector<std::string> fields;
-    } cases[] = {
-        {1, "r001i02s03", {"001", "02", "03"}},
-        {2, "r001u02p3i04", {"001", "02", "3", "04"}},
-        {4, "r001u02p3o4", {"001", "02", "3", "4"}},
-        {5, "r001u02p3x4y05", {"001", "02", "3", "4", "05"}},
-        {6, "r001u02p3i04x5y06", {"001", "02", "3", "04", "5", "06"}},
-    };
-    ASSERT_EQ(sizeof zuvGeoIdExpressions::forms / sizeof zuvGeoIdExpressions::forms[0], 5u);
-    for (size_t i = 0; i < 5; ++i) {
-        const Case& c = cases[i];
-        const zuvGeoIdForm& form = zuvGeoIdExpressions::forms[i];
-        EXPECT_EQ(form.type, c.type);
-        EXPECT_EQ(static_cast<size_t>(form.length), std::string(c.geoId).size());
-        EXPECT_EQ(std::string(form.mask).size(), std::string(c.geoId).size());
-        EXPECT_EQ(static_cast<size_t>(form.fieldCount), c.fields.size());
-        regex_t compiled;
-        ASSERT_EQ(regcomp(&compiled, form.expression, REG_EXTENDED), 0) << form.expression;
-        const std::string text = std::string("slot ") + c.geoId + " x16";
-        regmatch_t m[8];
-        ASSERT_EQ(regexec(&compiled, text.c_str(), 8, m, 0), 0) << c.geoId;
-        EXPECT_EQ(text.substr(m[1].rm_so, m[1].rm_eo - m[1].rm_so), c.geoId);
-        for (size_t f = 0; f < c.fields.size(); ++f)
-            EXPECT_EQ(text.substr(m[f + 2].rm_so, m[f + 2].rm_eo - m[f + 2].rm_so), c.fields[f]) << c.geoId;
-        EXPECT_NE(regexec(&compiled, (std::string(c.geoId) + "x").c_str(), 8, m, 0), 0) << c.geoId;
-        regfree(&compiled);
     }
 }
