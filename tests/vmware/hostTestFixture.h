@@ -93,8 +93,8 @@ protected:
         return found;
     }
     static bool saw(const std::string& line) { return zuvtest::hasMessage(logged(), line); }
-    // result against the row's cell "at"; the cells behind it are lines that must have been logged
-    // ("!line": must not have been).
+    // The result against the row's cell `at`; the cells behind it are lines that must have been
+    // logged ("!line": must not have been).
     static void check(const Lines& row, const std::string& result, size_t at = 1) {
         EXPECT_EQ(result, row[at]) << row[0];
         for (size_t i = at + 1; i < row.size(); ++i)
