@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The whole test suite: installs what is missing, then a normal build with every test, an
 # ASan+UBSan build with every test but the kernel ones, a TSan build of the concurrency tests,
-# and a bounded fuzz run where clang is present. Build trees live in the checkout (build*/),
-# never under /tmp, which the test sandbox replaces.
+# the injected faults on the files the library writes, and a bounded fuzz run of every parser
+# (clang). Build trees live in the checkout (build*/), never under /tmp, which the test sandbox
+# replaces.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -33,8 +34,10 @@ if [ -n "$tsan_tests" ]; then
     (cd build-tsan && ctest --output-on-failure -L tsan)
 fi
 
-if [ -f tests/fuzz/run.sh ]; then
-    stage "fuzzing"
-    bash tests/fuzz/run.sh
-fi
+stage "injected faults"
+cmake --build build -j$jobs --target zuvFaultDriver
+bash tests/faults/run.sh build/tests/faults/zuvFaultDriver
+
+stage "fuzzing"
+bash tests/fuzz/run.sh
 echo "=== all test stages passed in $((SECONDS - started))s"
