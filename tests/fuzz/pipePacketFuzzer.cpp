@@ -8,6 +8,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -35,15 +36,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t* bytes = wire.data();
     const size_t length = wire.size();
     const size_t cut = data[0] < length ? data[0] : length;
-    std::thread writer([&] {
-        const int fd = open(kPipe, O_WRONLY);
-        if (fd < 0) abort();
+    std::atomic<bool> readerDone{false};
+    std::thread writer([&] {  // never waits for a reader that has gone already
+        int fd = -1;
+        while ((fd = open(kPipe, O_WRONLY | O_NONBLOCK)) < 0)
+            if (readerDone) return;
+        fcntl(fd, F_SETFL, 0);
         if (write(fd, bytes, cut) < 0 || write(fd, bytes + cut, length - cut) < 0) { /* the reader left */
         }
         close(fd);
     });
     zuvPipePacket packet{};
     const bool read = zuvReadPipe(kPipe, &packet);
+    readerDone = true;
     writer.join();
     const size_t expected = zuvPipeMetaDataSize + static_cast<size_t>(packet.payloadLength);
     if (read && (length < expected || std::memcmp(&packet, bytes, zuvPipeMetaDataSize) != 0 ||
