@@ -2,9 +2,10 @@
 # The whole test suite: installs what is missing, then runs the stages listed at the bottom in
 # order: the format check, the normal (Release) build with every test, an ASan+UBSan build with
 # every test but the kernel ones, a TSan build of the concurrency tests, the install and package
-# checks, and a bounded fuzz run where clang is present. The builds are the presets of
-# CMakePresets.json; their trees live in the checkout (build*/), never under /tmp, which the test
-# sandbox replaces. It ends with the size of the tests against the code.
+# checks, the injected faults on the files the library writes, and a bounded fuzz run of every
+# parser (clang). The builds are the presets of CMakePresets.json; their trees live in the
+# checkout (build*/), never under /tmp, which the test sandbox replaces. It ends with the size of
+# the tests against the code.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -46,8 +47,14 @@ stage_install() {
     bash tests/install/run.sh build-release
 }
 
+# The real code under strace, with each call on the files it writes failed or killed in turn.
+stage_faults() {
+    cmake --build --preset default --target zuvFaultDriver
+    bash tests/faults/run.sh build/tests/faults/zuvFaultDriver
+}
+
 stage_fuzz() {
-    [ ! -f tests/fuzz/run.sh ] || bash tests/fuzz/run.sh
+    bash tests/fuzz/run.sh
 }
 
 # Non-blank lines of the sources, build files and scripts that git knows of (tracked or new).
@@ -67,7 +74,7 @@ print_test_size() {
 }
 
 # ZUV_STAGES="asan install" runs only the stages named, in the order named.
-read -r -a stages <<<"${ZUV_STAGES:-format normal asan tsan install fuzz}"
+read -r -a stages <<<"${ZUV_STAGES:-format normal asan tsan install faults fuzz}"
 for stage in "${stages[@]}"; do
     begun=$SECONDS
     echo "=== $stage ($((begun - started))s since start)"
