@@ -27,6 +27,7 @@ printf '   Product: VMware ESXi\n   Version: 8.0.3\n' > /tmp/zuvfake/localcli/sy
 cd /tmp
 zuvSimService --rmc "$1" --rmc-report /tmp/rmc.txt &
 service=$!
+trap 'kill "$service" 2>/dev/null || true' EXIT
 while [ ! -p /var/run/kelzuv ]; do
     kill -0 "$service"
     sleep 0.05

@@ -5,8 +5,9 @@
 # QEMU's external BMC device, on this machine, and at the end prints what it received. The
 # guest's kernel, initramfs builder and QEMU command line are those of tests/kernel; nothing is
 # written outside the build tree. The whole console is kept in <build-dir>/kernel-demo/console.log.
-# Usage: sim/service/kernelDemo.sh [build-dir]   (built: zuvCli zuvSimService zuvSmbiosImageTool
-#                                                 zuvExternRmc)
+# Usage: sim/service/kernelDemo.sh [build-dir], or the build target kernel_demo, which builds
+# zuvCli, zuvSimService, zuvSmbiosImageTool and zuvExternRmc first. Exits 1 when the road in the
+# guest failed.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 kernel=$here/../../tests/kernel
@@ -23,3 +24,4 @@ start=$SECONDS
     "$kroot" "$version" "$work/initrd.gz" zuvmode=demo </dev/null | tr -d '\r' | tee "$work/console.log" |
     sed -n '/ZUVK BEGIN/,$p' | grep -v ZUVK
 echo "--- boot, road and power-off took $((SECONDS - start)) s"
+grep -q 'ZUVK EXIT demo 0' "$work/console.log" || { echo "the road in the guest failed; see $work/console.log"; exit 1; }

@@ -21,6 +21,7 @@ if [ "$zuvmode" = demo ]; then
     # Instead of the tests, the road of sim/service/kernelDemo.sh, which brings its own
     # configuration and SMBIOS image.
     demoRoad.sh device
+    echo "ZUVK EXIT demo $?"
     poweroff -f
 fi
 if [ "$zuvmode" = bmc-sim ]; then
