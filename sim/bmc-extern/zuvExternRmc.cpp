@@ -29,7 +29,8 @@ int main(int argc, char** argv) {
     const auto polls = [&rmc](uint8_t cmd) { return rmc.countOf(zuvsim::SimulatedRmc::kRmcNetFn, cmd); };
     std::printf("RMC doorbells: none rung; polled: inventory %zu, telemetry %zu, IOFWU %zu\n", polls(0x81), polls(0x82),
                 polls(0x83));
-    // The kernel driver's own requests come first: it asks for the BMC when ipmi_si loads.
+    // Every request by network function and command: the kernel driver's own (when ipmi_si and the
+    // watchdog load) beside the product's.
     std::map<std::pair<unsigned, unsigned>, size_t> byCommand;
     for (const zuvsim::Request& request : rmc.requests()) ++byCommand[{request.netFn, request.cmd}];
     std::printf("RMC requests by netfn/cmd:");
