@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -35,6 +36,19 @@ void ExternBmcServer::stop() {
         // The pipe is ours and never full here; nothing else to do.
     }
     if (worker.joinable()) worker.join();
+}
+
+int ExternBmcServer::serveDuring(char* const* command) {
+    start();
+    const pid_t child = fork();
+    if (child == 0) {
+        execvp(command[0], command);
+        _exit(127);
+    }
+    int status = -1;
+    if (child > 0) waitpid(child, &status, 0);
+    stop();
+    return status;
 }
 
 // QEMU creates the socket when it starts; until then, try again.

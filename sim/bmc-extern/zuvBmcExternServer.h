@@ -31,6 +31,9 @@ public:
     void start();
     // Ends the thread; the connection is closed.
     void stop();
+    // Runs the command (QEMU, or a script that starts it) and serves until it ends; its output
+    // passes through. Returns its wait status, or -1 when it could not be started.
+    int serveDuring(char* const* command);
 
 private:
     void run();

@@ -13,10 +13,11 @@
 # nothing reaches the machine's files or its syslog.
 # Usage: sim/service/demo.sh [build-dir]   (the build dir must not lie under /opt, /run or /tmp)
 set -euo pipefail
-hosttools=$(cd "$(dirname "$0")/../hosttools" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
 build=$(cd "${1:-build}" && pwd)
-exec unshare -m --propagation private bash -s "$build" "$hosttools" <<'SANDBOX'
+exec unshare -m --propagation private bash -s "$build" "$here" <<'SANDBOX'
 set -euo pipefail
+build=$1 here=$2
 mount -t tmpfs zuvdemo /tmp
 root=/tmp/root
 mkdir "$root"
@@ -35,45 +36,6 @@ chmod 1777 "$root/tmp"
 mount -t tmpfs zuvdemo "$root/var/log"
 mount --rbind /dev "$root/dev"
 [ -S /dev/log ] && mount --bind /dev/null "$root/dev/log"
-exec chroot "$root" bash -s "$@" <<'DEMO'
-set -euo pipefail
-build=$1
-mkdir -p /opt/kelzuv/vital
-cat > /opt/kelzuv/vital/zuv.conf <<'CONF'
-{
-    "CliMode": "test",
-    "EnableResources": ["All"],
-    "ZUVLogLocation": "/opt/kelzuv/log/zuv.log",
-    "DebugLogLocation": "/opt/kelzuv/log/zuv-debug.log",
-    "EnableDebugLog": true,
-    "LoggingLevel": "Info"
-}
-CONF
-"$build/sim/smbios/zuvSmbiosImageTool" /vmfs/devices/char/mem/smbios
-# The host's version tool, answered by the stand-in of sim/hosttools.
-export PATH="$2:$PATH" ZUV_FAKE_DIR=/tmp/zuvfake
-mkdir -p /tmp/zuvfake/localcli
-printf '   Product: VMware ESXi\n   Version: 8.0.3\n' > /tmp/zuvfake/localcli/system_version_get.out
-
-cd /tmp
-"$build/sim/service/zuvSimService" --rmc sim --rmc-report /tmp/rmc.txt &
-service=$!
-while [ ! -p /var/run/kelzuv ]; do sleep 0.05; done
-echo '$ zuvCli -t 708 -l ABCDEFGHIJKLMNOP'
-"$build/client/zuvCli" -t 708 -l ABCDEFGHIJKLMNOP
-echo '$ zuvCli -j inv.json'
-"$build/client/zuvCli" -j inv.json
-kill "$service"
-echo "--- what the RMC received (command, blocks, the argument put together) and its doorbells:"
-cat /tmp/rmc.txt
-echo "--- inv.json, from the library's reading of the SMBIOS image:"
-cat /tmp/inv.json
-echo "--- the debug log, subsystem by subsystem along the road (zuvCli's lines and the service's):"
-for tag in ZUV_MSGINFRA ZUV_UTILS ZUV_PLATFORM_SERVICE_BUILDER ZUV_COM_MANAGER P_DISPATCH_Q ZUV_IPMI_SERVICE; do
-    echo "[$tag]"
-    grep " $tag: " /opt/kelzuv/log/zuv-debug.log || true
-done
-echo "--- the main log:"
-cat /opt/kelzuv/log/zuv.log
-DEMO
+export PATH="$build/client:$build/sim/service:$build/sim/smbios:$here/../hosttools:$PATH"
+exec chroot "$root" sh "$here/demoRoad.sh" sim
 SANDBOX

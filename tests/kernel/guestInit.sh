@@ -17,6 +17,13 @@ echo '{"ZUVLogLocation":"terminal","DebugLogLocation":"terminal","EnableDebugLog
     >/opt/kelzuv/vital/zuv.conf
 
 echo "ZUVK BEGIN mode=${zuvmode}"
+if [ "$zuvmode" = demo ]; then
+    # Instead of the tests, the road of sim/service/kernelDemo.sh, which brings its own
+    # configuration and SMBIOS image.
+    demoRoad.sh device
+    echo "ZUVK EXIT demo $?"
+    poweroff -f
+fi
 if [ "$zuvmode" = bmc-sim ]; then
     # Without the module tree the driver-loading commands find nothing.
     mv /lib/modules /lib/modules.hidden

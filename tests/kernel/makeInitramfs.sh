@@ -26,8 +26,12 @@ cp "$kroot/$moddir"/modules.order "$kroot/$moddir"/modules.builtin* "$work/$modd
 depmod -b "$work" "$version"
 
 # The test program runs the very binary and shared libraries (jsoncpp, libstdc++, libc) of the
-# host build; the peers come as Debian built them.
+# host build; the peers come as Debian built them. A script is copied as it stands.
 for program in "$@"; do
+    if [ "$(head -c 2 "$program")" = '#!' ]; then
+        cp "$program" "$work/bin/${program##*/}"
+        continue
+    fi
     strip -o "$work/bin/${program##*/}" "$program"
     for lib in $(ldd "$program" | awk '/=> \//{print $3} /^\t\/lib/{print $1}'); do
         mkdir -p "$work$(dirname "$lib")"

@@ -6,7 +6,6 @@
 #include "zuvSimRmc.h"
 
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 
@@ -24,15 +23,7 @@ int main(int argc, char** argv) {
         const zuvsim::Response response = rmc.handle(r.netFn, r.cmd, r.data);
         return ExternReply{ExternReply::Action::Answer, response.completionCode, response.body};
     });
-    server.start();
-    const pid_t qemu = fork();
-    if (qemu == 0) {
-        execvp(argv[2], argv + 2);
-        _exit(127);
-    }
-    int status = -1;
-    waitpid(qemu, &status, 0);
-    server.stop();
+    const int status = server.serveDuring(argv + 2);
 
     const auto commands = rmc.commands();
     const std::string text = zuvkernel::externEventText();
