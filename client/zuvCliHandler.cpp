@@ -2,6 +2,7 @@
 
 #include "channel/zuvPipeChannel.h"
 #include "config/zuvConfig.h"
+#include "log/zuvLogger.h"
 #include "utils/zuvStringUtils.h"
 
 #include <unistd.h>
@@ -18,14 +19,14 @@ const char* const kServicePipe = "/var/run/kelzuv";
 const char* const kReplyPipeBase = "/var/run/kelzuvcli";
 const uint8_t kClientSenderTag = 9;
 
-bool isTestMode() { return zuvConfig::getInstance().getCliMode() == "test"; }
-
 // The decimal optopt of the scanner, or the words that stand for an unknown option.
 std::string optionText(const char* whenUnknown) {
     return optopt == 0 ? std::string(whenUnknown) : std::to_string(optopt);
 }
 
 }  // namespace
+
+bool zuvCliHandler::isTestMode() { return zuvConfig::getInstance().getCliMode() == "test"; }
 
 zuvCliHandler& zuvCliHandler::getInstance() {
     static zuvCliHandler instance;
@@ -96,9 +97,18 @@ void zuvCliHandler::handleJsonInventory(const std::string& fileName) {
 }
 
 void zuvCliHandler::exchange(int kind, const std::string& payload) {
+    // The channel logs, and the first log line builds the logger, which can throw (no configuration)
+    // or end the process (log directories that can't be made). Build it before the reply pipe
+    // exists, so that neither way out leaves the pipe behind.
+    zuvLogger::getInstance();
     const std::string replyPipe = createReplyPipe();
-    sendRequest(kind, payload, replyPipe);
-    receiveReply(kind, replyPipe);
+    try {
+        sendRequest(kind, payload, replyPipe);
+        receiveReply(kind, replyPipe);
+    } catch (...) {
+        unlink(replyPipe.c_str());
+        throw;
+    }
     unlink(replyPipe.c_str());
 }
 
@@ -108,12 +118,11 @@ std::string zuvCliHandler::createReplyPipe() {
     return path;
 }
 
-void zuvCliHandler::sendRequest(int kind, const std::string& payload, const std::string& replyPipe) {
+// The reply pipe is exchange's to remove, on every way out.
+void zuvCliHandler::sendRequest(int kind, const std::string& payload, const std::string& /*replyPipe*/) {
     zuvPipePacket* request = new (std::nothrow) zuvPipePacket{};
-    if (request == nullptr) {
-        unlink(replyPipe.c_str());
+    if (request == nullptr)
         throw std::runtime_error("Failed to initialize messageToServer pointer. Error: [Memory allocation error].");
-    }
     request->senderTag = kClientSenderTag;
     request->messageType = messageTypes[kind];
     request->payloadLength = static_cast<uint32_t>(payload.size());
@@ -121,27 +130,22 @@ void zuvCliHandler::sendRequest(int kind, const std::string& payload, const std:
     request->payload = static_cast<char*>(malloc(payload.empty() ? 1 : payload.size()));
     if (request->payload == nullptr) {
         delete request;
-        unlink(replyPipe.c_str());
         throw std::runtime_error("Failed to initialize messageToServer payload. Error: [Memory allocation error].");
     }
     std::memcpy(request->payload, payload.data(), payload.size());
     const bool sent = zuvWritePipe(kServicePipe, request);
     free(request->payload);
     delete request;
-    if (!sent) {
-        unlink(replyPipe.c_str());
+    if (!sent)
         throw std::runtime_error(
             "Failed to communicate with ZUV service. Please verify that ZUV is running and that zuvCli is run "
             "with administrator privileges.");
-    }
 }
 
 void zuvCliHandler::receiveReply(int kind, const std::string& replyPipe) {
     zuvPipePacket* reply = new (std::nothrow) zuvPipePacket{};
-    if (reply == nullptr) {
-        unlink(replyPipe.c_str());
+    if (reply == nullptr)
         throw std::runtime_error("Failed to initialize responseFromServer pointer. Error: [Memory allocation error].");
-    }
     reply->payload = nullptr;
     const bool received = zuvReadPipe(replyPipe.c_str(), reply);
     // The result code is the first four payload bytes; without them there is no code to print.
@@ -150,14 +154,8 @@ void zuvCliHandler::receiveReply(int kind, const std::string& replyPipe) {
     if (hasCode) std::memcpy(&code, reply->payload, sizeof code);
     free(reply->payload);
     delete reply;
-    if (!received) {
-        unlink(replyPipe.c_str());
-        throw std::runtime_error("Failed to read the reply of ZUV service.");
-    }
-    if (!hasCode) {
-        unlink(replyPipe.c_str());
-        throw std::runtime_error("Invalid reply from ZUV service: fewer than four payload bytes.");
-    }
+    if (!received) throw std::runtime_error("Failed to read the reply of ZUV service.");
+    if (!hasCode) throw std::runtime_error("Invalid reply from ZUV service: fewer than four payload bytes.");
     printResult(kind, code);
 }
 

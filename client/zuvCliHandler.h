@@ -30,6 +30,8 @@ public:
     bool hasRequiredEventFields(const Json::Value& root);
     int32_t resourceManagerIdFor(int32_t type);
 
+    // One conversation: reply pipe, request, reply, printed line. The reply pipe is removed on
+    // every way out; sendRequest and receiveReply only throw.
     void exchange(int kind, const std::string& payload);
     std::string createReplyPipe();
     void sendRequest(int kind, const std::string& payload, const std::string& replyPipe);
@@ -38,6 +40,8 @@ public:
 
 private:
     zuvCliHandler();
+    // The restricted mode: "test", also when CliMode is missing or no string.
+    static bool isTestMode();
 
     std::string optionString;
     std::vector<option> longOptions;

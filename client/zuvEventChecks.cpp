@@ -4,7 +4,6 @@
 #include "config/zuvConfig.h"
 
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -12,8 +11,6 @@
 namespace {
 
 const size_t kMaxEventJsonBytes = 4096;
-
-bool isTestMode() { return zuvConfig::getInstance().getCliMode() == "test"; }
 
 }  // namespace
 
@@ -63,9 +60,13 @@ void zuvCliHandler::handleJsonPacket(const std::string& text) {
 
 void zuvCliHandler::handleJsonFile(const std::string& fileName) {
     if (isTestMode()) throw std::runtime_error("Invalid option");
+    // One byte more than the limit is enough to refuse a file, however large (or endless) it is.
+    std::string contents(kMaxEventJsonBytes + 1, '\0');
     std::ifstream file(fileName, std::ios::binary);
-    if (!file.is_open()) throw std::runtime_error("Failed to open JSON file!, filename = " + fileName);
-    const std::string contents((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    if (file.is_open()) file.read(&contents[0], static_cast<std::streamsize>(contents.size()));
+    // A directory opens but can't be read: to the user it is a file that can't be opened.
+    if (!file.is_open() || file.bad()) throw std::runtime_error("Failed to open JSON file!, filename = " + fileName);
+    contents.resize(static_cast<size_t>(file.gcount()));
     file.close();
     if (contents.size() > kMaxEventJsonBytes)
         throw std::runtime_error("Failed to process JSON file! Error = (Too large), filename = " + fileName);
@@ -84,7 +85,12 @@ void zuvCliHandler::checkEventJson(const std::string& text) {
     Json::Value root;
     std::string errors;
     std::istringstream stream(text);
-    const bool parsed = Json::parseFromStream(builder, stream, &root, &errors);
+    bool parsed = false;
+    try {
+        parsed = Json::parseFromStream(builder, stream, &root, &errors);
+    } catch (const Json::Exception& e) {  // the parser throws for what it won't read, such as deep nesting
+        errors = e.what();
+    }
     if (!parsed || root.size() == 0)
         throw std::runtime_error("Unable to send TEST EVENT due to invalid format of json string. Error: " + errors);
     uint32_t eventId = 0;

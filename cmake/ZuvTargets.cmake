@@ -1,16 +1,20 @@
-# zuv_library(<sub> DEPS <libs...>): static library zuv_<sub> from every .cpp in lib/<sub>.
+# zuv_library(<sub> DEPS <libs...>): static library zuv_<sub> from every .cpp in lib/<sub>,
+# exported as zuv::<sub>; its headers are found as "<sub>/x.h" in the tree and once installed.
 function(zuv_library sub)
   cmake_parse_arguments(ARG "" "" "DEPS" ${ARGN})
   file(GLOB srcs CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   if(srcs)
     add_library(zuv_${sub} STATIC ${srcs})
-    target_include_directories(zuv_${sub} PUBLIC ${PROJECT_SOURCE_DIR}/lib)
+    target_include_directories(zuv_${sub} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/lib>
+                                                 $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zuv>)
     target_link_libraries(zuv_${sub} PUBLIC ${ARG_DEPS} Threads::Threads)
   else()
     add_library(zuv_${sub} INTERFACE)
-    target_include_directories(zuv_${sub} INTERFACE ${PROJECT_SOURCE_DIR}/lib)
+    target_include_directories(zuv_${sub} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/lib>
+                                                    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zuv>)
     target_link_libraries(zuv_${sub} INTERFACE ${ARG_DEPS})
   endif()
+  set_target_properties(zuv_${sub} PROPERTIES EXPORT_NAME ${sub})
 endfunction()
 
 # zuv_test(<name> SOURCES <files> LIBS <libs> [LABELS <labels>]): a GoogleTest binary

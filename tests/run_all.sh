@@ -1,40 +1,85 @@
 #!/usr/bin/env bash
-# The whole test suite: installs what is missing, then a normal build with every test, an
-# ASan+UBSan build with every test but the kernel ones, a TSan build of the concurrency tests,
-# and a bounded fuzz run where clang is present. Build trees live in the checkout (build*/),
-# never under /tmp, which the test sandbox replaces.
+# The whole test suite: installs what is missing, then runs the stages listed at the bottom in
+# order: the format check, the normal (Release) build with every test, an ASan+UBSan build with
+# every test but the kernel ones, a TSan build of the concurrency tests, the install and package
+# checks, the injected faults on the files the library writes, and a bounded fuzz run of every
+# parser (clang). The builds are the presets of CMakePresets.json; their trees live in the
+# checkout (build*/), never under /tmp, which the test sandbox replaces. It ends with the size of
+# the tests against the code.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 bash tools/install-deps.sh
-jobs=2
 started=$SECONDS
-# Marks a stage with the seconds gone so far, so that the suite's time budget can be watched.
-stage() {
-    echo "=== $1 ($((SECONDS - started))s since start)"
+
+# Every tracked C and C++ file is as clang-format (.clang-format) would write it.
+stage_format() {
+    git ls-files -z -- '*.c' '*.cc' '*.cpp' '*.h' '*.hpp' | xargs -0 clang-format --dry-run --Werror
 }
 
-stage "normal build"
-cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build -j$jobs
-(cd build && ctest --output-on-failure -j$jobs)
+stage_normal() {
+    cmake --preset default >/dev/null
+    cmake --build --preset default
+    ctest --preset default
+}
 
-stage "ASan+UBSan build"
-cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DZUV_SANITIZE=address -DZUV_BUILD_BENCH=OFF >/dev/null
-cmake --build build-asan -j$jobs
-(cd build-asan && ctest --output-on-failure -j$jobs -LE kernel)
+stage_asan() {
+    cmake --preset asan >/dev/null
+    cmake --build --preset asan
+    ctest --preset asan
+}
 
-stage "TSan build (concurrency tests)"
-cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DZUV_SANITIZE=thread -DZUV_BUILD_BENCH=OFF >/dev/null
-tsan_tests=$(cd build-tsan && ctest -N -L tsan | sed -n 's/^ *Test *#[0-9]*: *//p')
-if [ -n "$tsan_tests" ]; then
+# Builds only the binaries of the tests labelled tsan.
+stage_tsan() {
+    cmake --preset tsan >/dev/null
+    local tests
+    tests=$(ctest --preset tsan -N | sed -n 's/^ *Test *#[0-9]*: *//p')
+    [ -n "$tests" ] || return 0
     # shellcheck disable=SC2086
-    cmake --build build-tsan -j$jobs --target $tsan_tests
-    (cd build-tsan && ctest --output-on-failure -L tsan)
-fi
+    cmake --build --preset tsan --target $tests
+    ctest --preset tsan
+}
 
-if [ -f tests/fuzz/run.sh ]; then
-    stage "fuzzing"
+# The product as a packager builds it, installed, consumed from outside and packaged.
+stage_install() {
+    cmake --preset release >/dev/null
+    cmake --build --preset release
+    bash tests/install/run.sh build-release
+}
+
+# The real code under strace, with each call on the files it writes failed or killed in turn.
+stage_faults() {
+    cmake --build --preset default --target zuvFaultDriver
+    bash tests/faults/run.sh build/tests/faults/zuvFaultDriver
+}
+
+stage_fuzz() {
     bash tests/fuzz/run.sh
-fi
+}
+
+# Non-blank lines of the sources, build files and scripts that git knows of (tracked or new).
+count_lines() {
+    git ls-files -co --exclude-standard -- "$@" | grep -E '(\.(cpp|h|hpp|cc|c|py|sh)|CMakeLists\.txt)$' |
+        xargs -r cat | grep -cv '^\s*$' || true
+}
+
+# Prints the size of the tests against the code they test; it is a figure, not a check.
+print_test_size() {
+    local tests code
+    tests=$(count_lines 'tests/*')
+    code=$(count_lines lib client sim tools bench ':!lib/tables/zuvPciVendorNames.cpp')
+    echo "=== test size: $tests lines in tests/ against $code lines of code" \
+        "(lib/ without the generated vendor table, client/, sim/, tools/, bench/): ratio" \
+        "$(awk -v t="$tests" -v c="$code" 'BEGIN { printf "%.2f", t / c }')"
+}
+
+# ZUV_STAGES="asan install" runs only the stages named, in the order named.
+read -r -a stages <<<"${ZUV_STAGES:-format normal asan tsan install faults fuzz}"
+for stage in "${stages[@]}"; do
+    begun=$SECONDS
+    echo "=== $stage ($((begun - started))s since start)"
+    "stage_$stage"
+    echo "=== $stage took $((SECONDS - begun))s"
+done
+print_test_size
 echo "=== all test stages passed in $((SECONDS - started))s"

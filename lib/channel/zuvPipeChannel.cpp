@@ -3,6 +3,7 @@
 #include "log/zuvLogger.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,6 +29,10 @@ bool zuvWritePipe(const char* path, const zuvPipePacket* packet) {
         ZUV_LOG_DEBUG(TAG, "zuvWritePipe: Open of %s failed while writing.", path);
         return false;
     }
+    // Senders on one pipe must come one at a time: the lock, held for both writes and released
+    // by the close, keeps the two pieces of a packet together when several clients write at
+    // once. If it can't be had, the packet goes out unlocked.
+    (void)flock(writeFd, LOCK_EX);
     const ssize_t metaWritten = write(writeFd, packet, zuvPipeMetaDataSize);
     if (metaWritten < 0) {
         ZUV_LOG_DEBUG(TAG, "Write packet meta data failed. Reason: %s", strerror(errno));

@@ -26,7 +26,8 @@ static_assert(sizeof(zuvPipePacket) == 25, "packet layout");
 
 // mkfifo(path, 0666); false when the path exists or can't be made.
 bool zuvCreatePipe(const char* path);
-// Writes the meta data and the payload of packet; blocks until a reader opens the pipe.
+// Writes the meta data and the payload of packet; blocks until a reader opens the pipe. Holds an
+// exclusive flock on its descriptor for both writes, so concurrent senders never mix packets.
 bool zuvWritePipe(const char* path, const zuvPipePacket* packet);
 // Reads one packet; packet->payload gets a calloc'ed buffer of payloadLength + 1 bytes (the last
 // one 0), which the caller frees, also when a later step fails. A short read is a failure.

@@ -65,24 +65,28 @@ zuvConfig& zuvConfig::getInstance() {
 
 zuvConfig::zuvConfig() {
     zuvSyslog(LOG_WARNING, "ZUV_CONFIG_INITIALIZING %d", 10);
-    load();
-}
-
-zuvConfig::~zuvConfig() = default;
-
-void zuvConfig::load() {
     const std::string path = configPath();
     std::ifstream file(path);
     if (!file.is_open()) {
         zuvSyslog(LOG_WARNING, "Config %s Couldnt open", path.c_str());
         throw std::runtime_error("Config Uninitlized : will use the default configurations");
     }
+    load(file);
+}
+
+zuvConfig::zuvConfig(std::istream& document) {
+    zuvSyslog(LOG_WARNING, "ZUV_CONFIG_INITIALIZING %d", 10);
+    load(document);
+}
+
+zuvConfig::~zuvConfig() = default;
+
+void zuvConfig::load(std::istream& document) {
     try {
         Json::CharReaderBuilder builder;
         std::string errs;
-        const bool parsed = Json::parseFromStream(builder, file, &root, &errs);
+        const bool parsed = Json::parseFromStream(builder, document, &root, &errs);
         if (parsed && root.size() > 1) {
-            file.close();
             zuvSyslog(LOG_WARNING, "Parse Successful %d", 0);
         } else {
             errorText = std::strerror(errno);
@@ -122,11 +126,15 @@ int32_t zuvConfig::getPushInventoryFrequencyInMinutes() const {
     return intAt(root, {"PushInventoryFrequencyInMinutes"}, 1440);
 }
 
+// A list of any other shape than an array of strings is the empty default; the walk ends with
+// false at the first element that is no string, whatever stands behind it.
 bool zuvConfig::isResourceEnabled(const std::string& name) const {
     try {
-        for (const Json::Value& element : memberAt(root, {"EnableResources"})) {
-            const std::string text = element.asString();
-            if (text == name || text == "All") return true;
+        const Json::Value& list = memberAt(root, {"EnableResources"});
+        if (!list.isArray()) return false;
+        for (const Json::Value& element : list) {
+            if (!element.isString()) return false;
+            if (element.asString() == name || element.asString() == "All") return true;
         }
     } catch (...) {
     }

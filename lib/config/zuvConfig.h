@@ -5,6 +5,7 @@
 #include <json/json.h>
 
 #include <cstdint>
+#include <istream>
 #include <string>
 
 struct zuvParseError {
@@ -54,9 +55,14 @@ public:
     // The full path of the configuration file.
     static std::string configPath();
 
+protected:
+    // A store over a document that the caller opened, for a process that checks documents
+    // without the fixed file; the same syslog lines and the same rules as the file's load.
+    explicit zuvConfig(std::istream& document);
+
 private:
     zuvConfig();
-    void load();
+    void load(std::istream& document);
 
     Json::Value root;
     std::string errorText;

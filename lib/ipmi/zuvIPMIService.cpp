@@ -29,6 +29,10 @@ const char* const kDriverCommands[] = {
     "mknod -m 0600 /dev/ipmi0 c `cat /proc/devices | grep ipmidev |cut -d \" \" -f 1` 0 > /dev/null 2>&1",
 };
 const uint64_t kDriverLoadPause = 3000000;
+// A later block carries maxMessageSize less 7 bytes of data: at least one, and no more than its record holds.
+const int kMinMessageSize = 8;
+const int kMaxMessageSize = 64;
+static_assert(sizeof(zuvRmcCommandBlock::data) == kMaxMessageSize - 7, "data of a later block");
 const size_t kResponseAddressSize = 40;
 const size_t kResponseDataSize = 272;
 
@@ -56,6 +60,11 @@ zuvInbandComInterface* zuvIPMIService::getInstance() { return &instance(); }
 zuvIPMI::IPMIServiceInterface* zuvIPMIService::getIPMIServiceInstance() { return &instance(); }
 
 zuvIPMIService::zuvIPMIService(int maxMessageSize) : maxMessageSize(maxMessageSize) {
+    if (maxMessageSize < kMinMessageSize || maxMessageSize > kMaxMessageSize) {
+        ZUV_LOG_ERROR(ZUV_IPMI_TAG, "IPMI message size %d is outside %d to %d", maxMessageSize, kMinMessageSize,
+                      kMaxMessageSize);
+        throw std::invalid_argument("IPMI message size out of range");
+    }
     try {
         openChannel();
     } catch (...) {

@@ -64,15 +64,16 @@ public:
     // Logs a status pair of the RMC, by the table of normal ends or of failed transfers.
     static void reportStatus(uint8_t status, uint8_t exitStatus, bool transferFailed);
 
-    // Public so that a test can build a service of its own over the device seam; the process
-    // uses the singleton.
+    // The process uses the singleton; programs that drive a simulated RMC through the device
+    // seam build services of their own. maxMessageSize (a message's data, 7 bytes of which frame
+    // a later block) must be 8 to 64: a later block then carries 1 to 57 bytes, what its record
+    // holds. Any other size raises std::invalid_argument before the device is opened.
     explicit zuvIPMIService(int maxMessageSize);
 
 private:
     static zuvIPMIService& instance();
     void sendBlocks(const uint8_t* buffer, uint32_t length, uint8_t& status, uint8_t& exitStatus);
 
-protected:
     const char* devicePath = "/dev/ipmi0";
     zuvRmcCommandBlock request{};
     zuvRmcCommandReply reply{};

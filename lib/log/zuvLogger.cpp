@@ -82,14 +82,20 @@ bool zuvLogger::publishLink(const std::string& target, const std::string& direct
         return false;
     }
     const std::string link = directory + "/" + base;
-    if (remove(link.c_str()) != 0 && errno != ENOENT) {
-        zuvSyslog(LOG_WARNING, "remove(%s) completed with errno [%d]", link.c_str(), errno);
-        return false;
-    }
-    if (target == link) {
+    // A log that already lives where its link would go is left alone: the remove below would
+    // delete the log itself. Same text, or another spelling of the same file.
+    struct stat targetInfo {};
+    struct stat linkInfo {};
+    const bool sameFile = stat(target.c_str(), &targetInfo) == 0 && lstat(link.c_str(), &linkInfo) == 0 &&
+                          targetInfo.st_dev == linkInfo.st_dev && targetInfo.st_ino == linkInfo.st_ino;
+    if (target == link || sameFile) {
         zuvSyslog(LOG_WARNING,
                   "Target path(%s) matches symbolic link path(%s). Hence, symbolic link will not be created.",
                   target.c_str(), link.c_str());
+        return false;
+    }
+    if (remove(link.c_str()) != 0 && errno != ENOENT) {
+        zuvSyslog(LOG_WARNING, "remove(%s) completed with errno [%d]", link.c_str(), errno);
         return false;
     }
     if (symlink(target.c_str(), link.c_str()) != 0 && errno != EEXIST) {

@@ -1,24 +1,26 @@
 #include "tables/zuvStorageControllers.h"
 
 #include "platform/zuvPlatformCode.h"
+#include "tables/zuvTablesInitOrder.h"
 
 namespace zuvSASRM {
 
 // Built in this order, before the rows that copy them. Each closure only forwards, so
 // building the table asks nothing of the platform.
-const std::function<bool()> onPlatform0Or1Or2 = [] { return isPlatform0Or1Or2(); };
-const std::function<bool()> onPlatform0Or1 = [] { return isPlatform0Or1(); };
-const std::function<bool()> onPlatform2 = [] { return isPlatform2(); };
-const std::function<bool()> onPlatform4 = [] { return isPlatform4(); };
-const std::function<bool()> onPlatform2Or4 = [] { return isPlatform2Or4(); };
-const std::function<bool()> onPlatform0Or1Or2Or4 = [] { return isPlatform0Or1Or2Or4(); };
+ZUV_BUILT_FIRST const std::function<bool()> onPlatform0Or1Or2 = [] { return isPlatform0Or1Or2(); };
+ZUV_BUILT_FIRST const std::function<bool()> onPlatform0Or1 = [] { return isPlatform0Or1(); };
+ZUV_BUILT_FIRST const std::function<bool()> onPlatform2 = [] { return isPlatform2(); };
+ZUV_BUILT_FIRST const std::function<bool()> onPlatform4 = [] { return isPlatform4(); };
+ZUV_BUILT_FIRST const std::function<bool()> onPlatform2Or4 = [] { return isPlatform2Or4(); };
+ZUV_BUILT_FIRST const std::function<bool()> onPlatform0Or1Or2Or4 = [] { return isPlatform0Or1Or2Or4(); };
 
 namespace {
 
 // The server maker's part numbers, option numbers, product names and subsystem ids of its
 // own controller products are not part of this source tree. Their rows keep the chip, the
 // platform test and the class, with empty texts and subsystem ids 0, so that the row order
-// and the platform split stay in place for when the maker's data is filled in.
+// and the platform split stay in place for when the maker's data is filled in. The look-up
+// never finds such a row: it would hide the chip's row in general behind an empty name.
 constexpr uint16_t notGiven = 0;
 constexpr const char* notGivenText = "";
 
@@ -27,7 +29,7 @@ const char* const c610SSataRaid = "Intel C610/X99 series chipset sSATA RAID Cont
 
 }  // namespace
 
-const zuvStorageControllerRecord storageControllers[storageControllerCount] = {
+ZUV_BUILT_FIRST const zuvStorageControllerRecord storageControllers[storageControllerCount] = {
     // 1 to 4: chipset SATA RAID, chips in general.
     {onPlatform0Or1Or2, 0x8086, 0x2826, 0, 0, "", "", chipsetSataRaid, c600SataRaid},
     {onPlatform4, 0x8086, 0x2827, 0, 0, "", "", chipsetSataRaid, c610SSataRaid},

@@ -5,8 +5,9 @@
 // A reader must honour isApplicable: a row counts only where it returns true, since the
 // ids alone don't tell a row (the same four ids can stand under two platforms with other
 // option numbers). Rows with subsystem ids 0 name a chip in general and stand behind the
-// product rows of their chip, as the fallback. Evaluating isApplicable may build the
-// platform services and may throw what getCachedPlatformCode throws.
+// product rows of their chip, as the fallback. findStorageController is that reader.
+// Evaluating isApplicable may build the platform services and may throw what
+// getCachedPlatformCode throws.
 
 #include <cstddef>
 #include <cstdint>
@@ -42,5 +43,15 @@ extern const std::function<bool()> onPlatform0Or1Or2Or4;
 
 constexpr std::size_t storageControllerCount = 24;
 extern const zuvStorageControllerRecord storageControllers[storageControllerCount];
+
+// The row that names the controller with these ids on this platform, or nullptr: a product
+// row with all four ids first, wherever it stands; else the first row in general of the chip
+// (subsystem ids 0). Only rows whose isApplicable holds count, and a row without a name (a
+// product whose data this tree lacks) is never found. isApplicable is evaluated only on rows
+// whose ids fit. Another array of rows can be given in place of the table.
+const zuvStorageControllerRecord* findStorageController(uint16_t vendorId, uint16_t deviceId, uint16_t subVendorId,
+                                                        uint16_t subDeviceId,
+                                                        const zuvStorageControllerRecord* rows = storageControllers,
+                                                        std::size_t rowCount = storageControllerCount);
 
 }  // namespace zuvSASRM

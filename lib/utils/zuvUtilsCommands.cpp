@@ -4,34 +4,26 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <memory>
-#include <type_traits>
 
 #include "log/zuvLogger.h"
+#include "utils/zuvCommandPipe.h"
 #include "utils/zuvUtils.h"
 #include "utils/zuvUtilsLogTag.h"
+#include "vmware/zuvVMwareOSUtils.h"
 
 namespace {
 constexpr int kCommandReadSize = 2048;
-constexpr size_t kErrorTextSize = 256;
-
-struct PipeCloser {
-    void operator()(FILE* stream) const { pclose(stream); }
-};
+constexpr size_t kErrorTextSize = 256;  // regerror() texts
 }  // namespace
 
 std::vector<std::string> zuvUtils::runCommand(const std::string& command) {
-    std::vector<std::string> lines;
     ZUV_LOG_DEBUG(kUtilsLogTag, "The command is %s", command.c_str());
-    // The stream is closed on every way out, also when a push_back throws.
-    std::unique_ptr<FILE, PipeCloser> stream(popen(command.c_str(), "r"));
+    const zuvCommandPipe stream = zuvOpenCommand(command);
     if (!stream) {
         ZUV_LOG_DEBUG(kUtilsLogTag, "popen() failed! : %s", strerror(errno));
-        return lines;
+        return {};
     }
-    char buffer[kCommandReadSize];
-    while (fgets(buffer, sizeof buffer, stream.get()) != nullptr) lines.emplace_back(buffer);
-    return lines;
+    return zuvReadPieces(stream.get(), kCommandReadSize);
 }
 
 std::string zuvUtils::findLineInFile(const std::string& path, const std::string& pattern) {
@@ -73,16 +65,7 @@ bool zuvUtils::regexSearch(const std::string& text, const std::string& pattern, 
     return false;
 }
 
-std::string zuvUtils::errnoMessage(int errnum) {
-    char buffer[kErrorTextSize] = {};
-    // The GNU form may hand back a static text instead of filling the buffer.
-    const auto text = strerror_r(errnum, buffer, sizeof buffer);
-    if constexpr (std::is_same<decltype(text), char* const>::value) {
-        return std::string(text).substr(0, kErrorTextSize - 1);
-    } else {
-        return buffer;
-    }
-}
+std::string zuvUtils::errnoMessage(int errnum) { return zuvVMwareOSUtils().getShortErrorText(errnum); }
 
 void zuvUtils::trimBlanks(std::string& text, std::string& result) {
     result.clear();

@@ -4,10 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <memory>
 
 #include "log/zuvLogger.h"
+#include "utils/zuvCommandPipe.h"
 #include "utils/zuvScratchFile.h"
+#include "utils/zuvShellWord.h"
 #include "utils/zuvUtils.h"
 #include "utils/zuvUtilsLogTag.h"
 #include "vmware/zuvVMwareOSUtils.h"
@@ -18,10 +19,6 @@ std::map<std::string, std::string> zuvUtils::fcNameMap;
 namespace {
 const char* const kNotAvailable = "NotAvailable";
 constexpr int kAdapterReadSize = 512;
-
-struct PipeCloser {
-    void operator()(FILE* stream) const { pclose(stream); }
-};
 
 std::string scratchPath(const char* name) { return zuvVMwareOSUtils().getInstallPath() + "/tmp/" + name; }
 
@@ -154,15 +151,18 @@ void zuvUtils::printFcNameMap() {
 }
 
 int zuvUtils::getAdapterPciString(const std::string& adapter, std::string& pciString) {
-    const std::string command = "localcli storage core adapter list | grep -i '" + adapter + "'";
-    std::unique_ptr<FILE, PipeCloser> stream(popen(command.c_str(), "r"));
+    std::string word;
+    if (!zuvShellQuote(adapter, &word)) {
+        ZUV_LOG_WARNING(kUtilsLogTag, "Refusing adapter name with a quote, a control character or a leading '-': [%s]",
+                        adapter.c_str());
+        return -1;
+    }
+    const zuvCommandPipe stream = zuvOpenCommand("localcli storage core adapter list | grep -i " + word);
     if (!stream) {
         ZUV_LOG_ERROR(kUtilsLogTag, "Error occurred in identifying PCI string.");
         return -1;
     }
-    std::string output;
-    char buffer[kAdapterReadSize];
-    while (fgets(buffer, sizeof buffer, stream.get()) != nullptr) output += buffer;
+    const std::string output = zuvReadJoined(stream.get(), kAdapterReadSize);
     const size_t open = output.find('(');
     const size_t close = output.find(')');
     if (open != std::string::npos && close != std::string::npos) {

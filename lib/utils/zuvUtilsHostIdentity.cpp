@@ -1,23 +1,17 @@
 // Host name, kernel line, OS name and version, and the IPv4 address that stands for the host.
 
 #include <arpa/inet.h>
-#include <ifaddrs.h>
-#include <netinet/in.h>
-#include <sys/utsname.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <functional>
-#include <memory>
 
 #include "log/zuvLogger.h"
+#include "utils/zuvCommandPipe.h"
 #include "utils/zuvUtils.h"
 #include "utils/zuvUtilsLogTag.h"
 #include "vmware/zuvHostCalls.h"
-#include "vmware/zuvHostSystem.h"
 
 std::string zuvUtils::osVersion;
 std::string zuvUtils::osName;
@@ -30,22 +24,16 @@ const char* const kLoopbackAddress = "127.0.0.1";
 constexpr int kOSAnswerReadSize = 40;
 constexpr int kOSTypeNumber = 104;
 
-struct PipeCloser {
-    void operator()(FILE* stream) const { pclose(stream); }
-};
-
 // The value of a "localcli system version get" line, cached in cache after the first
 // non-empty answer: all output joined, all white space removed, what follows the first ":".
 std::string cachedVersionValue(std::string& cache, const char* command, const char* failure) {
     if (!cache.empty()) return cache;
-    std::unique_ptr<FILE, PipeCloser> stream(popen(command, "r"));
+    const zuvCommandPipe stream = zuvOpenCommand(command);
     if (!stream) {
         ZUV_LOG_ERROR(kUtilsLogTag, "%s", failure);
         return cache;
     }
-    std::string answer;
-    char buffer[kOSAnswerReadSize];
-    while (fgets(buffer, sizeof buffer, stream.get()) != nullptr) answer += buffer;
+    std::string answer = zuvReadJoined(stream.get(), kOSAnswerReadSize);
     if (answer.empty()) return cache;
     answer.erase(
         std::remove_if(answer.begin(), answer.end(), [](char c) { return isspace(static_cast<unsigned char>(c)); }),
@@ -82,23 +70,9 @@ bool zuvUtils::isValidIPv4Address(const std::string& text) {
 
 std::vector<std::string> zuvUtils::getIPv4Addresses() {
     std::vector<std::string> addresses;
-    zuvHostSystem& host = zuvCurrentHostSystem();
-    struct ifaddrs* list = nullptr;
-    if (host.getifaddrs(&list) != 0) list = nullptr;
-    // The list goes back on every way out, also when a push_back throws.
-    std::unique_ptr<struct ifaddrs, std::function<void(struct ifaddrs*)>> owner(
-        list, [&host](struct ifaddrs* l) { host.freeifaddrs(l); });
-    for (struct ifaddrs* entry = list; entry != nullptr; entry = entry->ifa_next) {
-        if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET) continue;
-        char text[INET_ADDRSTRLEN] = {};
-        const auto* inet = reinterpret_cast<const struct sockaddr_in*>(entry->ifa_addr);
-        inet_ntop(AF_INET, &inet->sin_addr, text, sizeof text);
-        const std::string interfaceName = entry->ifa_name ? entry->ifa_name : "";
-        ZUV_LOG_DEBUG(kUtilsLogTag, "I/F Name: [%s] - IP Address: [%s]", interfaceName.c_str(), text);
-        if (interfaceName == "lo" || std::string(text) == kLoopbackAddress) continue;
-        addresses.emplace_back(text);
+    for (const zuvInterfaceAddress& entry : zuvHostIPv4Interfaces(kUtilsLogTag)) {
+        if (entry.name != "lo" && entry.address != kLoopbackAddress) addresses.push_back(entry.address);
     }
-    owner.reset();
     // The auxiliary address moves only when the address it holds has gone from the host.
     std::lock_guard<std::mutex> lock(ipv4AddressMutex);
     const bool stillThere = std::find(addresses.begin(), addresses.end(), auxIPv4Address) != addresses.end();

@@ -3,6 +3,9 @@
 #include "log/zuvLogger.h"
 #include "vmware/zuvHostSystem.h"
 
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
 #include <sys/utsname.h>
 
 #include <cerrno>
@@ -36,4 +39,26 @@ void zuvHostSyncPersistentStorage(const char* tag, const std::function<std::stri
     } else if (result > 0) {
         ZUV_LOG_WARNING(tag, "Failed to synchronize persistent storage. (0x%X)", static_cast<unsigned>(result));
     }
+}
+
+std::vector<zuvInterfaceAddress> zuvHostIPv4Interfaces(const char* tag) {
+    zuvHostSystem& host = zuvCurrentHostSystem();
+    struct ifaddrs* list = nullptr;
+    if (host.getifaddrs(&list) != 0) return {};
+    // The list goes back on every way out, an exception included.
+    struct Release {
+        zuvHostSystem& host;
+        struct ifaddrs* list;
+        ~Release() { host.freeifaddrs(list); }
+    } release{host, list};
+    std::vector<zuvInterfaceAddress> found;
+    for (struct ifaddrs* entry = list; entry != nullptr; entry = entry->ifa_next) {
+        if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET) continue;
+        char text[INET_ADDRSTRLEN] = {};
+        inet_ntop(AF_INET, &reinterpret_cast<const struct sockaddr_in*>(entry->ifa_addr)->sin_addr, text, sizeof text);
+        const char* name = entry->ifa_name ? entry->ifa_name : "";
+        ZUV_LOG_DEBUG(tag, "I/F Name: [%s] - IP Address: [%s]", name, text);
+        found.push_back({name, text});
+    }
+    return found;
 }

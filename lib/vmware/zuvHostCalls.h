@@ -1,9 +1,10 @@
 #pragma once
-// The uname and vim-cmd calls that both zuvUtils and zuvVMwareOSUtils offer; each class logs
-// them under its own tag and words its own error texts.
+// The uname, getifaddrs and vim-cmd calls that both zuvUtils and zuvVMwareOSUtils offer; each
+// class logs them under its own tag and words its own error texts.
 
 #include <functional>
 #include <string>
+#include <vector>
 
 // The node name, or " " when uname fails (logged at error level under tag).
 std::string zuvHostNodeName(const char* tag);
@@ -11,3 +12,11 @@ std::string zuvHostNodeName(const char* tag);
 std::string zuvHostKernelLine(const char* tag);
 // Runs "/bin/vim-cmd hostsvc/firmware/sync_config"; a failure is a warning under tag.
 void zuvHostSyncPersistentStorage(const char* tag, const std::function<std::string(int)>& errorText);
+
+struct zuvInterfaceAddress {
+    std::string name;     // interface name
+    std::string address;  // dotted IPv4 text
+};
+// The IPv4 addresses of the host's interfaces in the order of getifaddrs(), each logged at
+// debug level under tag; empty when getifaddrs() fails. The list is freed on every way out.
+std::vector<zuvInterfaceAddress> zuvHostIPv4Interfaces(const char* tag);

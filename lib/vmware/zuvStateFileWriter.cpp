@@ -32,7 +32,8 @@ bool giveUp(const std::string& temporaryPath) {
 bool zuvReplaceFileContent(const std::string& path, const std::string& temporaryPath, const std::string& content) {
     // A left-over twin holds nothing that the state file doesn't: it is discarded.
     if (unlink(temporaryPath.c_str()) != 0 && errno != ENOENT) return false;
-    const int fd = open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    // Mode 0666 less the umask, as any file that a stream creates.
+    const int fd = open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) return false;
     const bool written = writeAll(fd, content) && fsync(fd) == 0;
     if (close(fd) != 0 || !written) return giveUp(temporaryPath);

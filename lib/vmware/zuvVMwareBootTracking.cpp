@@ -4,7 +4,9 @@
 // The file holds "key value" lines for current_start, last_start and last_stop (seconds
 // since the epoch, 0 for none). Every rewrite replaces the file as a whole through its
 // temporary twin, so an interrupted or failed rewrite leaves the previous file intact.
+#include <fcntl.h>
 #include <sys/sysinfo.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -26,7 +28,13 @@ constexpr const char* kStateFile = "/opt/kelzuv/vital/kelZUVStartStop.txt";
 constexpr const char* kStateTemporaryFile = "/opt/kelzuv/vital/kelZUVStartStoptmp.txt";
 constexpr unsigned kBootDecisionDelaySeconds = 20;
 
-bool stateFileReadable() { return std::ifstream(kStateFile).is_open(); }
+// 0 when the state file opens for reading, else the errno of the failure.
+int stateFileOpenError() {
+    const int fd = open(kStateFile, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return errno;
+    close(fd);
+    return 0;
+}
 
 std::string keyLine(const char* key, int64_t value) { return std::string(key) + " " + std::to_string(value); }
 
@@ -92,7 +100,14 @@ int64_t zuvVMwareOSUtils::readStartStopValue(const std::string& key) {
 
 void zuvVMwareOSUtils::updateStartStopFile(int mode) {
     if (mode == 0) {
-        if (!stateFileReadable()) {
+        // Only a missing file starts afresh; a file that is there but can't be opened (no
+        // permission, an I/O error, no descriptor left) keeps its last_start and last_stop.
+        const int openError = stateFileOpenError();
+        if (openError != 0 && openError != ENOENT) {
+            ZUV_LOG_ERROR(kVMwareLogTag, "Could not open %s, its content is kept: %s", kStateFile, strerror(openError));
+            throw std::runtime_error("Error opening the zuv startup file");
+        }
+        if (openError == ENOENT) {
             const std::string content = keyLine("current_start", getServiceStartTime()) + "\n" +
                                         keyLine("last_start", 0) + "\n" + keyLine("last_stop", 0) + "\n";
             if (!zuvReplaceFileContent(kStateFile, kStateTemporaryFile, content))
@@ -155,7 +170,7 @@ void zuvVMwareOSUtils::genOSBootLogic(bool* gracefulBoot, bool* nonGracefulBoot)
 }
 
 void zuvVMwareOSUtils::updateLastStart() {
-    if (!stateFileReadable()) {
+    if (stateFileOpenError() != 0) {
         ZUV_LOG_DEBUG(kVMwareLogTag, "Could not update the 'last_start' value in %s", kStateFile);
         return;
     }

@@ -1,9 +1,4 @@
 // Host identity, fixed paths, time texts, OS version and IPv4 addresses.
-#include <arpa/inet.h>
-#include <ifaddrs.h>
-#include <netinet/in.h>
-#include <sys/utsname.h>
-
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -11,7 +6,6 @@
 #include "log/zuvLogger.h"
 #include "utils/zuvStringUtils.h"
 #include "vmware/zuvHostCalls.h"
-#include "vmware/zuvHostSystem.h"
 #include "vmware/zuvVMwareLogTag.h"
 #include "vmware/zuvVMwareOSUtils.h"
 
@@ -70,19 +64,9 @@ std::string zuvVMwareOSUtils::getOSProduct() {
 
 std::vector<std::string> zuvVMwareOSUtils::getIPv4Addresses() {
     std::vector<std::string> addresses;
-    zuvHostSystem& system = zuvCurrentHostSystem();
-    struct ifaddrs* list = nullptr;
-    if (system.getifaddrs(&list) != 0) return addresses;
-    for (struct ifaddrs* entry = list; entry != nullptr; entry = entry->ifa_next) {
-        if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET) continue;
-        char text[16] = {};
-        const auto* address = reinterpret_cast<const struct sockaddr_in*>(entry->ifa_addr);
-        inet_ntop(AF_INET, &address->sin_addr, text, sizeof text);
-        const char* name = entry->ifa_name ? entry->ifa_name : "";
-        ZUV_LOG_DEBUG(kVMwareLogTag, "I/F Name: [%s] - IP Address: [%s]", name, text);
-        if (std::strcmp(name, "lo") != 0) addresses.emplace_back(text);
+    for (const zuvInterfaceAddress& entry : zuvHostIPv4Interfaces(kVMwareLogTag)) {
+        if (entry.name != "lo") addresses.push_back(entry.address);
     }
-    system.freeifaddrs(list);
     return addresses;
 }
 

@@ -3,32 +3,25 @@
 #include <regex.h>
 
 #include "log/zuvLogger.h"
+#include "utils/zuvShellWord.h"
 #include "utils/zuvStringUtils.h"
 #include "vmware/zuvVMwareLogTag.h"
 #include "vmware/zuvVMwareOSUtils.h"
 
 namespace {
 
-// The key becomes an awk pattern between slashes inside a single-quoted shell word. It stays
-// a regular expression, but nothing in it may end the pattern or the shell word: every slash
-// is escaped for awk (escape pairs are kept as they are), and a key with a quote, a control
-// character or a trailing lone backslash is refused (false).
+// The key becomes an awk pattern between slashes. It stays a regular expression, but it can't
+// end the pattern: every slash is escaped for awk (escape pairs are kept as they are), and a
+// key ending in a lone backslash is refused (false). The shell word around the awk program
+// is made by zuvShellQuote, which refuses quotes and control characters.
 bool awkPatternOfKey(const std::string& key, std::string* pattern) {
     pattern->clear();
     for (size_t i = 0; i < key.size(); ++i) {
-        const char c = key[i];
-        if (c == '\'' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F) return false;
-        if (c == '\\') {
+        if (key[i] == '\\') {
             if (i + 1 == key.size()) return false;
-            const char next = key[i + 1];
-            if (next == '\'' || static_cast<unsigned char>(next) < 0x20 || next == 0x7F) return false;
-            *pattern += c;
-            *pattern += next;
-            ++i;
-        } else if (c == '/') {
-            *pattern += "\\/";
+            *pattern += key.substr(i++, 2);
         } else {
-            *pattern += c;
+            *pattern += key[i] == '/' ? std::string("\\/") : std::string(1, key[i]);
         }
     }
     return true;
@@ -51,13 +44,13 @@ constexpr PciFieldNames kSubIds = {"SubVendor ID:\\|SubDevice ID:",      ",SubVe
                                    "Cound not fetch subDeviceId for %s", "subVendorId = %s, subDeviceId = %s"};
 
 std::pair<std::string, std::string> lookUp(zuvVMwareOSUtils& os, const std::string& key, const PciFieldNames& names) {
-    std::string pattern;
-    if (!awkPatternOfKey(key, &pattern)) {
+    std::string pattern, program;
+    if (!awkPatternOfKey(key, &pattern) || !zuvShellQuote("/" + pattern + "/,/^$/", &program)) {
         ZUV_LOG_WARNING(kVMwareLogTag, "Refusing PCI look-up key with a quote or control character: [%s]", key.c_str());
         return {"", ""};
     }
-    const std::string command = "cat " + os.getInstallPath() + "/tmp/zuv_hwlist.txt | awk '/" + pattern +
-                                "/,/^$/' | grep -w '" + names.grepWords + "'";
+    const std::string command =
+        "cat " + os.getInstallPath() + "/tmp/zuv_hwlist.txt | awk " + program + " | grep -w '" + names.grepWords + "'";
     const std::string fields = os.joinFieldLines(os.runCommand(command));
     const std::string vendor = os.extractFieldValue(fields, names.vendorExpression);
     const std::string device = os.extractFieldValue(fields, names.deviceExpression);

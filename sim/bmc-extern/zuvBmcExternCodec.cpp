@@ -17,6 +17,12 @@ void putEscaped(std::vector<uint8_t>& out, uint8_t byte) {
     }
 }
 
+uint8_t sumOf(const std::vector<uint8_t>& bytes) {
+    uint8_t sum = 0;
+    for (uint8_t b : bytes) sum += b;
+    return sum;
+}
+
 }  // namespace
 
 void ExternFrameDecoder::feed(const uint8_t* bytes, size_t count, std::vector<ExternFrame>& frames) {
@@ -36,19 +42,11 @@ void ExternFrameDecoder::feed(const uint8_t* bytes, size_t count, std::vector<Ex
     }
 }
 
-uint8_t externChecksum(const std::vector<uint8_t>& bytes) {
-    uint8_t sum = 0;
-    for (uint8_t b : bytes) sum += b;
-    return static_cast<uint8_t>(-sum);
-}
-
 bool parseExternRequest(const ExternFrame& frame, ExternRequest& request) {
     const auto& b = frame.bytes;
     // message id, netfn/lun, command, checksum at the least
     if (frame.control || b.size() < 4) return false;
-    uint8_t sum = 0;
-    for (uint8_t byte : b) sum += byte;
-    if (sum != 0) return false;
+    if (sumOf(b) != 0) return false;
     request.messageId = b[0];
     request.netFn = b[1] >> 2;
     request.lun = b[1] & 0x03;
@@ -58,11 +56,11 @@ bool parseExternRequest(const ExternFrame& frame, ExternRequest& request) {
 }
 
 std::vector<uint8_t> encodeExternResponse(const ExternRequest& request, uint8_t completionCode,
-                                          const std::vector<uint8_t>& body, bool corruptChecksum) {
+                                          const std::vector<uint8_t>& body) {
     std::vector<uint8_t> plain{request.messageId, static_cast<uint8_t>(((request.netFn + 1) << 2) | request.lun),
                                request.cmd, completionCode};
     plain.insert(plain.end(), body.begin(), body.end());
-    plain.push_back(static_cast<uint8_t>(externChecksum(plain) + (corruptChecksum ? 1 : 0)));
+    plain.push_back(static_cast<uint8_t>(-sumOf(plain)));  // all bytes sum to 0
     std::vector<uint8_t> wire;
     for (uint8_t b : plain) putEscaped(wire, b);
     wire.push_back(kMessageEnd);

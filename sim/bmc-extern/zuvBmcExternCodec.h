@@ -32,15 +32,11 @@ private:
     bool escaped = false;
 };
 
-// The checksum byte that completes `bytes`.
-uint8_t externChecksum(const std::vector<uint8_t>& bytes);
-
 // A message frame as a request; false when it is too short or its checksum is wrong.
 bool parseExternRequest(const ExternFrame& frame, ExternRequest& request);
 
 // The escaped wire bytes of the response to `request`, checksum and end byte included.
-// `corruptChecksum` sends a checksum that is off by one.
 std::vector<uint8_t> encodeExternResponse(const ExternRequest& request, uint8_t completionCode,
-                                          const std::vector<uint8_t>& body, bool corruptChecksum = false);
+                                          const std::vector<uint8_t>& body);
 
 }  // namespace zuvsim

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -11,8 +12,7 @@
 
 namespace zuvsim {
 
-ExternBmcServer::ExternBmcServer(std::string path, Handler h, std::chrono::milliseconds pause)
-    : socketPath(std::move(path)), handler(std::move(h)), reconnectPause(pause) {
+ExternBmcServer::ExternBmcServer(std::string path, Handler h) : socketPath(std::move(path)), handler(std::move(h)) {
     int fds[2];
     if (pipe2(fds, O_CLOEXEC) != 0) throw std::runtime_error("pipe for the BMC server");
     wakeRead = fds[0];
@@ -38,12 +38,20 @@ void ExternBmcServer::stop() {
     if (worker.joinable()) worker.join();
 }
 
-std::vector<std::vector<uint8_t>> ExternBmcServer::controlCommands() const {
-    std::lock_guard<std::mutex> lock(mutex);
-    return controls;
+int ExternBmcServer::serveDuring(char* const* command) {
+    start();
+    const pid_t child = fork();
+    if (child == 0) {
+        execvp(command[0], command);
+        _exit(127);
+    }
+    int status = -1;
+    if (child > 0) waitpid(child, &status, 0);
+    stop();
+    return status;
 }
 
-// QEMU creates the socket when it starts; until then, and between its restarts, try again.
+// QEMU creates the socket when it starts; until then, try again.
 int ExternBmcServer::connect() {
     while (!stopping) {
         int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -60,16 +68,10 @@ int ExternBmcServer::connect() {
 }
 
 void ExternBmcServer::run() {
-    while (!stopping) {
-        const int fd = connect();
-        if (fd < 0) return;
-        ++connectionCount;
-        serve(fd);
-        close(fd);
-        if (stopping) return;
-        pollfd wake{wakeRead, POLLIN, 0};
-        poll(&wake, 1, static_cast<int>(reconnectPause.count()));
-    }
+    const int fd = connect();
+    if (fd < 0) return;
+    serve(fd);
+    close(fd);
 }
 
 void ExternBmcServer::serve(int fd) {
@@ -84,21 +86,12 @@ void ExternBmcServer::serve(int fd) {
         std::vector<ExternFrame> frames;
         decoder.feed(buffer, static_cast<size_t>(n), frames);
         for (const ExternFrame& frame : frames) {
-            if (frame.control) {
-                std::lock_guard<std::mutex> lock(mutex);
-                controls.push_back(frame.bytes);
-                continue;
-            }
+            // QEMU's control commands (protocol version, capabilities) need no answer.
             ExternRequest request;
-            if (!parseExternRequest(frame, request)) {
-                ++rejected;
-                continue;
-            }
+            if (frame.control || !parseExternRequest(frame, request)) continue;
             const ExternReply reply = handler(request);
             if (reply.action == ExternReply::Action::Silent) continue;
-            if (reply.action == ExternReply::Action::Disconnect) return;
-            const std::vector<uint8_t> wire = encodeExternResponse(
-                request, reply.completionCode, reply.body, reply.action == ExternReply::Action::CorruptChecksum);
+            const std::vector<uint8_t> wire = encodeExternResponse(request, reply.completionCode, reply.body);
             size_t sent = 0;
             while (sent < wire.size()) {
                 const ssize_t w = write(fd, wire.data() + sent, wire.size() - sent);

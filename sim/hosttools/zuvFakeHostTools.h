@@ -1,6 +1,7 @@
 #pragma once
-// Test-side handle on the fake host tools of this directory (localcli, esxtop, vim-cmd).
-// It links the scripts into <fakeDir>/bin, puts that directory first on PATH, points
+// Test-side handle on the fake host tools (localcli, esxtop, vim-cmd): one script of this
+// directory, fakeHostTool, that tells the tool by the name it is called under. It links the
+// script into <fakeDir>/bin under each name, puts that directory first on PATH, points
 // ZUV_FAKE_DIR at fakeDir, and writes the answers that the scripts give. Header-only, for
 // any test binary: pass the tree's root (ZUV_SOURCE_DIR) to the constructor.
 
@@ -21,9 +22,9 @@ namespace zuvsim {
 class FakeHostTools {
 public:
     FakeHostTools(const std::string& sourceDir, const std::string& fakeDir = "/tmp/zuvfake")
-        : scripts(sourceDir + "/sim/hosttools"), dir(fakeDir) {
+        : script(sourceDir + "/sim/hosttools/fakeHostTool"), dir(fakeDir) {
         makeDirectories(dir + "/bin");
-        for (const char* tool : {"localcli", "esxtop", "vim-cmd"}) link(tool, dir + "/bin/" + tool);
+        for (const char* tool : {"localcli", "esxtop", "vim-cmd"}) link(dir + "/bin/" + tool);
         const char* path = std::getenv("PATH");
         savedPath = path ? path : "";
         setenv("PATH", (dir + "/bin:" + savedPath).c_str(), 1);
@@ -70,11 +71,8 @@ public:
         for (const char* suffix : {".out", ".err", ".rc"}) unlink((base + suffix).c_str());
     }
 
-    // Places the script of tool at an absolute path as well (e.g. /bin/vim-cmd in a sandbox).
-    void installAt(const std::string& tool, const std::string& path) {
-        unlink(path.c_str());
-        link(tool, path);
-    }
+    // Places tool in a directory as well (e.g. /bin for /bin/vim-cmd in a sandbox).
+    void installIn(const std::string& directory, const std::string& tool) { link(directory + "/" + tool); }
 
     // The calls so far, one "tool arguments" line each, oldest first.
     std::vector<std::string> calls() const {
@@ -101,13 +99,14 @@ private:
         out << text;
         if (!out.good()) throw std::runtime_error("write " + path);
     }
-    void link(const std::string& tool, const std::string& to) const {
+    // The script at to; the last component of to names the tool.
+    void link(const std::string& to) const {
         unlink(to.c_str());
-        if (symlink((scripts + "/" + tool).c_str(), to.c_str()) != 0)
+        if (symlink(script.c_str(), to.c_str()) != 0)
             throw std::runtime_error("symlink " + to + ": " + std::strerror(errno));
     }
 
-    std::string scripts;
+    std::string script;
     std::string dir;
     std::string savedPath;
 };

@@ -17,7 +17,6 @@ const size_t kBlockSize = 60;
 const size_t kNameSize = 20;
 const size_t kFirstData = 33;
 const size_t kLaterData = 57;
-const size_t kHeaderSize = 5;
 
 uint16_t le16(const std::vector<uint8_t>& bytes, size_t at) {
     return static_cast<uint16_t>(bytes[at] | bytes[at + 1] << 8);
@@ -58,17 +57,12 @@ Response SimulatedRmc::handle(uint8_t netFn, uint8_t cmd, const std::vector<uint
     std::lock_guard<std::mutex> lock(mutex);
     received.push_back(Request{netFn, cmd, data});
 
-    const Key key{netFn, cmd};
-    auto queued = oneShot.find(key);
-    bool scripted = true;
+    auto queued = oneShot.find(Key{netFn, cmd});
     if (queued != oneShot.end() && !queued->second.empty()) {
         const std::pair<bool, Response> next = queued->second.front();
         queued->second.pop_front();
         if (next.first) return next.second;
-        scripted = false;
     }
-    auto fixed = persistent.find(key);
-    if (scripted && fixed != persistent.end()) return fixed->second;
 
     if (netFn == kRmcNetFn && cmd == kBlockCommand) return blockCommand(data);
     if (netFn == kRmcNetFn && (cmd == 0x81 || cmd == 0x82 || cmd == 0x83)) {
@@ -89,10 +83,10 @@ Response SimulatedRmc::handle(uint8_t netFn, uint8_t cmd, const std::vector<uint
 }
 
 std::pair<uint8_t, uint8_t> SimulatedRmc::blockReply(uint8_t natural) {
-    if (blockReplies.empty()) return {natural, exitStatus};
-    const std::pair<uint8_t, int> scripted = blockReplies.front();
+    if (blockReplies.empty()) return {natural, 0};
+    const std::pair<uint8_t, uint8_t> scripted = blockReplies.front();
     blockReplies.pop_front();
-    return {scripted.first, scripted.second < 0 ? exitStatus : static_cast<uint8_t>(scripted.second)};
+    return scripted;
 }
 
 // Reassembles one block. The reply's index changes with every block, so that a host which
@@ -213,21 +207,19 @@ Response SimulatedRmc::getSdr(const std::vector<uint8_t>& data) {
     }
     if (index >= sdrs.size()) return failure(kDataNotPresent);
 
-    const auto trigger = std::find_if(sdrFaults.begin(), sdrFaults.end(), [&](const SdrFault& fault) {
-        return fault.index == index && fault.offset == offset;
-    });
-    if (trigger != sdrFaults.end()) {
-        const uint8_t code = trigger->completionCode;
-        sdrFaults.erase(trigger);
-        if (code == kReservationCancelled) reservationValid = false;
-        return failure(code);
+    const auto trigger = std::find_if(cancellations.begin(), cancellations.end(),
+                                      [&](const Cancellation& at) { return at.index == index && at.offset == offset; });
+    if (trigger != cancellations.end()) {
+        cancellations.erase(trigger);
+        reservationValid = false;
+        return failure(kReservationCancelled);
     }
 
     const std::vector<uint8_t>& record = sdrs[index];
     if (offset > record.size()) return failure(kParameterOutOfRange);
     const size_t end = std::min(record.size(), static_cast<size_t>(offset) + count);
     Response response;
-    putLe16(response.body, index + 1 < sdrs.size() ? sdrId(index + 1) : lastNextRecordId);
+    putLe16(response.body, index + 1 < sdrs.size() ? sdrId(index + 1) : kEndOfRepository);
     response.body.insert(response.body.end(), record.begin() + offset, record.begin() + static_cast<long>(end));
     return response;
 }
@@ -235,18 +227,13 @@ Response SimulatedRmc::getSdr(const std::vector<uint8_t>& data) {
 void SimulatedRmc::scriptBlockStatuses(std::vector<uint8_t> statuses) {
     std::lock_guard<std::mutex> lock(mutex);
     blockReplies.clear();
-    for (uint8_t status : statuses) blockReplies.emplace_back(status, -1);
+    for (uint8_t status : statuses) blockReplies.emplace_back(status, 0);
 }
 
 void SimulatedRmc::scriptBlockReplies(std::vector<std::pair<uint8_t, uint8_t>> replies) {
     std::lock_guard<std::mutex> lock(mutex);
     blockReplies.clear();
     for (const auto& reply : replies) blockReplies.emplace_back(reply.first, reply.second);
-}
-
-void SimulatedRmc::setExitStatus(uint8_t status) {
-    std::lock_guard<std::mutex> lock(mutex);
-    exitStatus = status;
 }
 
 std::vector<AssembledCommand> SimulatedRmc::commands() const {
@@ -259,20 +246,10 @@ void SimulatedRmc::setDoorBell(uint8_t cmd, std::vector<uint8_t> body) {
     doorBells[cmd] = std::move(body);
 }
 
-void SimulatedRmc::setDeviceId(std::vector<uint8_t> body) {
-    std::lock_guard<std::mutex> lock(mutex);
-    deviceId = std::move(body);
-}
-
 uint16_t SimulatedRmc::addSdr(uint8_t type, const std::vector<uint8_t>& body) {
     if (body.size() > 255) throw std::invalid_argument("an SDR body holds at most 255 bytes");
     std::vector<uint8_t> bytes{0, 0, 0x51, type, static_cast<uint8_t>(body.size())};
     bytes.insert(bytes.end(), body.begin(), body.end());
-    return addRawSdr(bytes);
-}
-
-uint16_t SimulatedRmc::addRawSdr(const std::vector<uint8_t>& bytes) {
-    if (bytes.size() < kHeaderSize) throw std::invalid_argument("an SDR has a 5-byte header");
     std::lock_guard<std::mutex> lock(mutex);
     const uint16_t id = sdrId(sdrs.size());
     sdrs.push_back(bytes);
@@ -296,24 +273,9 @@ void SimulatedRmc::overrideRecordCount(uint16_t count) {
     recordCountOverride = count;
 }
 
-void SimulatedRmc::setLastNextRecordId(uint16_t id) {
-    std::lock_guard<std::mutex> lock(mutex);
-    lastNextRecordId = id;
-}
-
 void SimulatedRmc::cancelReservationAt(size_t index, uint8_t offset) {
     std::lock_guard<std::mutex> lock(mutex);
-    sdrFaults.push_back(SdrFault{index, offset, kReservationCancelled});
-}
-
-void SimulatedRmc::failGetSdrAt(size_t index, uint8_t offset, uint8_t completionCode) {
-    std::lock_guard<std::mutex> lock(mutex);
-    sdrFaults.push_back(SdrFault{index, offset, completionCode});
-}
-
-uint16_t SimulatedRmc::currentReservation() const {
-    std::lock_guard<std::mutex> lock(mutex);
-    return reservationId;
+    cancellations.push_back(Cancellation{index, offset});
 }
 
 void SimulatedRmc::pushResponse(uint8_t netFn, uint8_t cmd, Response response) {
@@ -324,17 +286,6 @@ void SimulatedRmc::pushResponse(uint8_t netFn, uint8_t cmd, Response response) {
 void SimulatedRmc::pushLogicAnswer(uint8_t netFn, uint8_t cmd) {
     std::lock_guard<std::mutex> lock(mutex);
     oneShot[Key{netFn, cmd}].emplace_back(false, Response{});
-}
-
-void SimulatedRmc::setResponse(uint8_t netFn, uint8_t cmd, Response response) {
-    std::lock_guard<std::mutex> lock(mutex);
-    persistent[Key{netFn, cmd}] = std::move(response);
-}
-
-void SimulatedRmc::clearResponse(uint8_t netFn, uint8_t cmd) {
-    std::lock_guard<std::mutex> lock(mutex);
-    persistent.erase(Key{netFn, cmd});
-    oneShot.erase(Key{netFn, cmd});
 }
 
 std::vector<Request> SimulatedRmc::requests() const {

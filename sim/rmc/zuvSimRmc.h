@@ -58,45 +58,31 @@ public:
     // block beyond the script gets the natural status: 1 while argument bytes are still due, 0
     // on the last block, 3 when its index is wrong.
     void scriptBlockStatuses(std::vector<uint8_t> statuses);
-    // As above, each with the exit status of its reply (status, exit status).
+    // As above, each with the exit status of its reply (status, exit status); otherwise it is 0.
     void scriptBlockReplies(std::vector<std::pair<uint8_t, uint8_t>> replies);
-    // The exit status of replies that the script doesn't give.
-    void setExitStatus(uint8_t exitStatus);
     std::vector<AssembledCommand> commands() const;
 
     // --- doorbells (0x81, 0x82, 0x83), answered with this body until changed ---
     void setDoorBell(uint8_t cmd, std::vector<uint8_t> body);
 
-    // --- Get Device ID ---
-    void setDeviceId(std::vector<uint8_t> body);
-
     // --- SDR repository ---
-    // Adds a record with this type and body (up to 250 bytes); returns its record id. Ids are
-    // not consecutive, so a reader must follow the next-record ids.
+    // Adds a record with this type and body; returns its record id. Ids are not consecutive, so
+    // a reader must follow the next-record ids. The length byte is the body's size, up to 255:
+    // a body above 250 bytes makes a record longer than the 255 bytes of the host's copy.
     uint16_t addSdr(uint8_t type, const std::vector<uint8_t>& body);
-    // Adds a record as raw bytes (header included, its length byte taken as it stands).
-    uint16_t addRawSdr(const std::vector<uint8_t>& bytes);
     std::vector<uint8_t> sdrRecord(size_t index) const;
     size_t sdrCount() const;
     // Reports this record count in Get SDR Repository Info instead of the real one.
     void overrideRecordCount(uint16_t count);
-    // The next-record id that the last record gives (0xFFFF unless changed).
-    void setLastNextRecordId(uint16_t id);
     // Cancels the reservation once, when Get SDR asks for the record at `index` at `offset`.
     void cancelReservationAt(size_t index, uint8_t offset);
-    // Answers Get SDR once with this completion code when it asks for `index` at `offset`.
-    void failGetSdrAt(size_t index, uint8_t offset, uint8_t completionCode);
-    uint16_t currentReservation() const;
 
-    // --- generic scripting: these win over the logic above ---
+    // --- scripting: wins over the logic above ---
     // Answers the next request of (netFn, cmd) with this response, once per call.
     void pushResponse(uint8_t netFn, uint8_t cmd, Response response);
     // Lets the next request of (netFn, cmd) through to the logic: with pushResponse, a
     // script such as "the second reservation fails".
     void pushLogicAnswer(uint8_t netFn, uint8_t cmd);
-    // Answers every request of (netFn, cmd) with this response until cleared.
-    void setResponse(uint8_t netFn, uint8_t cmd, Response response);
-    void clearResponse(uint8_t netFn, uint8_t cmd);
 
     // --- what was received ---
     std::vector<Request> requests() const;
@@ -117,9 +103,8 @@ private:
     std::vector<Request> received;
 
     std::vector<AssembledCommand> assembled;
-    bool commandOpen = false;                          // a command whose bytes are still due
-    std::deque<std::pair<uint8_t, int>> blockReplies;  // exit status -1: the default one
-    uint8_t exitStatus = 0;
+    bool commandOpen = false;  // a command whose bytes are still due
+    std::deque<std::pair<uint8_t, uint8_t>> blockReplies;
     uint16_t lastReplyIndex = 0;
     uint16_t nextCommandIndex = 0x0100;
 
@@ -128,18 +113,15 @@ private:
 
     std::vector<std::vector<uint8_t>> sdrs;
     int recordCountOverride = -1;
-    uint16_t lastNextRecordId = kEndOfRepository;
     uint16_t reservationId = 0;
     bool reservationValid = false;
-    struct SdrFault {
+    struct Cancellation {
         size_t index;
         uint8_t offset;
-        uint8_t completionCode;
     };
-    std::vector<SdrFault> sdrFaults;
+    std::vector<Cancellation> cancellations;
 
     std::map<Key, std::deque<std::pair<bool, Response>>> oneShot;  // false: the logic answers
-    std::map<Key, Response> persistent;
 };
 
 }  // namespace zuvsim

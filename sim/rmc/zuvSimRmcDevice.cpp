@@ -4,6 +4,7 @@
 #include <linux/ipmi.h>
 #include <sys/select.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -19,11 +20,6 @@ SimulatedRmcDevice::SimulatedRmcDevice(SimulatedRmc& rmc, int deviceFd) : rmc(rm
 void SimulatedRmcDevice::failNext(Step step, int count, int after) {
     std::lock_guard<std::mutex> lock(mutex);
     failures[step] = Failure{after, count};
-}
-
-void SimulatedRmcDevice::setSendFailureResult(int result) {
-    std::lock_guard<std::mutex> lock(mutex);
-    sendFailureResult = result;
 }
 
 void SimulatedRmcDevice::setDevicePresent(bool present, bool createdByMknod) {
@@ -83,7 +79,6 @@ int SimulatedRmcDevice::ioctlDevice(int fd, unsigned long request, void* argumen
 int SimulatedRmcDevice::send(void* argument) {
     const auto* request = static_cast<const ipmi_req*>(argument);
     SentRequest record;
-    record.ioctlNumber = kSendCommand;
     record.addrLen = request->addr_len;
     record.msgid = request->msgid;
     record.netFn = request->msg.netfn;
@@ -113,16 +108,17 @@ int SimulatedRmcDevice::send(void* argument) {
     sentRequests.push_back(record);
     if (takeFailure(Step::Send)) {
         errno = EIO;
-        return sendFailureResult;
+        return -1;
     }
-    Response answer = rmc.handle(record.netFn, record.cmd, record.data);
-    sentRequests.back().answer = answer;
-    pending.push_back(Pending{record.msgid, record.netFn, record.cmd, std::move(answer)});
+    pending.push_back(
+        Pending{record.msgid, record.netFn, record.cmd, rmc.handle(record.netFn, record.cmd, record.data)});
+    pendingPeak = std::max(pendingPeak, pending.size());
     return 0;
 }
 
 int SimulatedRmcDevice::receive(void* argument) {
     auto* received = static_cast<ipmi_recv*>(argument);
+    offered.emplace_back(received->addr_len, received->msg.data_len);
     if (pending.empty()) {
         errno = EAGAIN;
         return -1;
@@ -164,6 +160,7 @@ int SimulatedRmcDevice::receive(void* argument) {
 int SimulatedRmcDevice::selectDevice(int nfds, fd_set* readSet, fd_set* writeSet, fd_set* errorSet,
                                      struct timeval* timeout) {
     std::lock_guard<std::mutex> lock(mutex);
+    ++selectCalls;
     if (writeSet != nullptr || errorSet != nullptr || timeout != nullptr || nfds != deviceFd + 1)
         deviceFaults.push_back("select beyond the device's read set");
     // A failed wait loses the response it waited for, so that the next exchange starts clean.
@@ -203,6 +200,11 @@ std::vector<SentRequest> SimulatedRmcDevice::sent() const {
     return sentRequests;
 }
 
+std::vector<std::pair<unsigned, unsigned>> SimulatedRmcDevice::receives() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return offered;
+}
+
 std::vector<std::string> SimulatedRmcDevice::shellCommands() const {
     std::lock_guard<std::mutex> lock(mutex);
     return shell;
@@ -211,6 +213,16 @@ std::vector<std::string> SimulatedRmcDevice::shellCommands() const {
 std::vector<uint64_t> SimulatedRmcDevice::sleeps() const {
     std::lock_guard<std::mutex> lock(mutex);
     return pauses;
+}
+
+size_t SimulatedRmcDevice::selects() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return selectCalls;
+}
+
+size_t SimulatedRmcDevice::mostPending() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return pendingPeak;
 }
 
 std::vector<std::string> SimulatedRmcDevice::openedPaths() const {
@@ -236,8 +248,11 @@ std::vector<std::string> SimulatedRmcDevice::faults() const {
 void SimulatedRmcDevice::clearRecord() {
     std::lock_guard<std::mutex> lock(mutex);
     sentRequests.clear();
+    offered.clear();
     shell.clear();
     pauses.clear();
+    selectCalls = 0;
+    pendingPeak = 0;
     opened.clear();
     flags.clear();
     closedFds.clear();

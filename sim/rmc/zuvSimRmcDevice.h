@@ -19,7 +19,6 @@ namespace zuvsim {
 
 // One IPMICTL_SEND_COMMAND as the driver saw it.
 struct SentRequest {
-    unsigned long ioctlNumber = 0;
     int addrType = 0;
     short channel = 0;
     unsigned char lun = 0;
@@ -30,7 +29,6 @@ struct SentRequest {
     uint16_t dataLen = 0;
     bool dataPointerNull = false;
     std::vector<uint8_t> data;
-    Response answer;  // what the RMC answered (lost if a later step failed)
 };
 
 class SimulatedRmcDevice : public zuvIPMI::DeviceSystem {
@@ -40,21 +38,26 @@ public:
     explicit SimulatedRmcDevice(SimulatedRmc& rmc, int deviceFd = 5);
 
     // After `after` good calls, the next `count` calls of the step fail (Open: ENOENT, Send:
-    // the ioctl returns the send failure result, Select: -1 with EINTR, SelectNotReady: 0 with
-    // an empty set, Receive: -1 with EIO, the pending response dropped).
+    // -1 with EIO, Select: -1 with EINTR, SelectNotReady: 0 with an empty set, Receive: -1 with
+    // EIO, the pending response dropped).
     void failNext(Step step, int count = 1, int after = 0);
-    void setSendFailureResult(int result);
     // Without the device node every open fails; the driver-loading mknod command creates it
     // when `mknodCreatesDevice` is set.
     void setDevicePresent(bool present, bool mknodCreatesDevice = false);
 
     std::vector<SentRequest> sent() const;
+    // For each IPMICTL_RECEIVE_MSG_TRUNC, the room the caller offered: address and data length.
+    std::vector<std::pair<unsigned, unsigned>> receives() const;
     std::vector<std::string> shellCommands() const;
     std::vector<uint64_t> sleeps() const;
+    size_t selects() const;
+    // The most answers that waited to be received at one time: 1 while exchanges don't overlap.
+    size_t mostPending() const;
     std::vector<std::string> openedPaths() const;
     std::vector<int> openFlags() const;
     std::vector<int> closed() const;
-    // ioctl numbers this device didn't know, or records it couldn't read.
+    // What the driver would refuse: an unknown ioctl number, a record it can't read, a select
+    // beyond the device's read set or with a time-out.
     std::vector<std::string> faults() const;
     void clearRecord();
 
@@ -85,13 +88,15 @@ private:
         int count;
     };
     std::map<Step, Failure> failures;
-    int sendFailureResult = -1;
     bool devicePresent = true;
     bool mknodCreatesDevice = false;
     std::deque<Pending> pending;
     std::vector<SentRequest> sentRequests;
+    std::vector<std::pair<unsigned, unsigned>> offered;
     std::vector<std::string> shell;
     std::vector<uint64_t> pauses;
+    size_t selectCalls = 0;
+    size_t pendingPeak = 0;
     std::vector<std::string> opened;
     std::vector<int> flags;
     std::vector<int> closedFds;

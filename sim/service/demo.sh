@@ -1,42 +1,41 @@
 #!/usr/bin/env bash
-# The main job on an embedded default: the simulated ZUV service and zuvCli in a private mount
-# namespace (tmpfs over /opt, /run, /tmp and /scratch; the machine's /dev/log masked), with a
-# default configuration written there. Nothing reaches the machine's files or its syslog.
+# The main job, the whole road: zuvCli asks the simulated ZUV service, a user of the core
+# library, to send test event 708 and to save the inventory. The service sends the event as
+# every event of a service goes: platform services built over the host's SMBIOS image, the
+# message header, the in-band manager's queue, the IPMI service in 60-byte blocks, the RMC; the
+# RMC is the simulated one behind the IPMI device seam, in the service's process. zuvCli prints
+# the delivery's real outcome. Then the demo shows what the RMC received, its doorbells, the
+# inventory and the log lines of each subsystem on the road.
+#
+# Everything runs in a private mount namespace whose root is a tmpfs with the machine's
+# directories bound back in, and /opt, /run (so /var/run), /var/log, /tmp, /scratch, /vmfs
+# private and /dev/log masked: the SMBIOS image lies at the product's fixed path there, and
+# nothing reaches the machine's files or its syslog.
 # Usage: sim/service/demo.sh [build-dir]   (the build dir must not lie under /opt, /run or /tmp)
 set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
 build=$(cd "${1:-build}" && pwd)
-exec unshare -m --propagation private bash -s "$build" <<'SANDBOX'
+exec unshare -m --propagation private bash -s "$build" "$here" <<'SANDBOX'
 set -euo pipefail
-build=$1
-for dir in /opt /run /var/run /tmp /scratch; do
-    [ -d "$dir" ] && [ ! -L "$dir" ] && mount -t tmpfs zuvdemo "$dir"
+build=$1 here=$2
+mount -t tmpfs zuvdemo /tmp
+root=/tmp/root
+mkdir "$root"
+for entry in /*; do
+    name=${entry#/}
+    case $name in tmp | opt | run | scratch | vmfs | dev) continue ;; esac
+    if [ -L "$entry" ]; then
+        ln -s "$(readlink "$entry")" "$root/$name"
+    elif [ -d "$entry" ]; then
+        mkdir "$root/$name"
+        mount --rbind "$entry" "$root/$name"
+    fi
 done
-[ -S /dev/log ] && mount --bind /dev/null /dev/log
-mkdir -p /opt/kelzuv/vital
-cat > /opt/kelzuv/vital/zuv.conf <<'CONF'
-{
-    "CliMode": "test",
-    "EnableResources": ["All"],
-    "ZUVLogLocation": "/opt/kelzuv/log/zuv.log",
-    "DebugLogLocation": "/opt/kelzuv/log/zuv-debug.log",
-    "EnableDebugLog": true,
-    "LoggingLevel": "Info"
-}
-CONF
-cd /tmp
-"$build/sim/service/zuvSimService" --record /tmp/received.txt \
-    --inventory-json '{"Inventory":{"Source":"zuvSimService"}}' &
-service=$!
-while [ ! -p /var/run/kelzuv ]; do sleep 0.05; done
-echo '$ zuvCli -t 708'
-"$build/client/zuvCli" -t 708
-echo '$ zuvCli -j inv.json'
-"$build/client/zuvCli" -j inv.json
-kill "$service"
-echo "--- inv.json as the simulated service wrote it:"
-cat /tmp/inv.json; echo
-echo "--- what the simulated service received (17 bytes of meta data, then the payload, in hex):"
-cat /tmp/received.txt
-echo "--- the debug log: the pipe channel's lines of the service and of both zuvCli runs"
-cat /opt/kelzuv/log/zuv-debug.log
+mkdir -p "$root"/{tmp,opt,run,scratch,dev} "$root/vmfs/devices/char/mem"
+chmod 1777 "$root/tmp"
+mount -t tmpfs zuvdemo "$root/var/log"
+mount --rbind /dev "$root/dev"
+[ -S /dev/log ] && mount --bind /dev/null "$root/dev/log"
+export PATH="$build/client:$build/sim/service:$build/sim/smbios:$here/../hosttools:$PATH"
+exec chroot "$root" sh "$here/demoRoad.sh" sim
 SANDBOX

@@ -1,8 +1,12 @@
-// A stand-in for the ZUV service at the other end of zuvCli's conversation: it creates
-// /var/run/kelzuv, reads request packets, records them, and answers on the client's reply pipe.
+// A stand-in for the ZUV service at the other end of zuvCli's conversation: it holds
+// /var/run/kelzuv open, reads request packets, records them, and answers on the client's reply
+// pipe. With --rmc it is a user of the library as the real service is: events go through the
+// delivery road to an RMC, and inventory requests write what the library reads from SMBIOS.
 //
 //   zuvSimService [--record FILE] [--answer TYPE=CODE]... [--behave TYPE=MODE]... [--count N]
 //                 [--inventory-json TEXT]
+//                 [--rmc sim|device] [--rmc-behave normal|lost] [--rmc-pause real|none]
+//                 [--rmc-report FILE]
 //
 // TYPE is a message type (decimal or 0x...) or "all". CODE is the 32-bit result code (default 0).
 // MODE says how to answer: normal, silent (read, never answer), short (two payload bytes),
@@ -11,15 +15,31 @@
 // to the file it names (relative names from the service's working directory), and is answered
 // -2 when that file can't be opened for writing.
 // Every packet received is appended to FILE as "packet <hex of the 17 meta bytes and the payload>".
+//
+// With --rmc, event requests (0x0100, 0x0101, 0x0102) are answered with the outcome of their
+// delivery (0, or -1 when the transfer failed) and inventory requests (0x0103) with 0, -1 (no
+// SMBIOS data) or -2; --answer then sets the codes of other types only. "sim" is the simulated
+// RMC behind the IPMI device seam in this process, "device" the host's /dev/ipmi0. The simulated
+// RMC answers, or its answers are lost ("lost") so that transfers fail; it takes the 500 ms pause
+// behind each command unless told "none", and after each request --rmc-report FILE gets the
+// commands it put together and its doorbells.
+//
+// A packet that is no zuvCli request (tag 9, types 0x0100 to 0x0103) means the stream is out of
+// step: what the pipe holds is dropped. A client that is gone before its answer gets none.
 #include "channel/zuvPipeChannel.h"
+#include "zuvServicePipe.h"
+#include "zuvServiceRoad.h"
 
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,6 +47,10 @@ namespace {
 
 const char* const kServicePipe = "/var/run/kelzuv";
 const int kAllTypes = -1;
+const uint8_t kClientTag = 9;
+const uint16_t kEventPacketType = 0x0100;
+const uint16_t kEventFileType = 0x0101;
+const uint16_t kTestEventType = 0x0102;
 const uint16_t kInventoryType = 0x0103;
 
 struct Options {
@@ -36,6 +60,7 @@ struct Options {
     std::map<int, int32_t> codes;
     std::map<int, std::string> modes;
     long count = -1;
+    zuvsim::RoadOptions road;  // the road is taken when road.rmc is set
 };
 
 int parseType(const std::string& text) {
@@ -75,6 +100,14 @@ Options parseOptions(int argc, char** argv) {
             options.writeInventory = true;
         } else if (name == "--count") {
             options.count = std::strtol(value, nullptr, 10);
+        } else if (name == "--rmc") {
+            options.road.rmc = value;
+        } else if (name == "--rmc-behave") {
+            options.road.rmcBehave = value;
+        } else if (name == "--rmc-pause" && (std::strcmp(value, "real") == 0 || std::strcmp(value, "none") == 0)) {
+            options.road.realPause = std::strcmp(value, "real") == 0;
+        } else if (name == "--rmc-report") {
+            options.road.reportFile = value;
         } else if (name == "--answer" && splitPair(value, left, right)) {
             options.codes[parseType(left)] = static_cast<int32_t>(std::strtol(right.c_str(), nullptr, 0));
         } else if (name == "--behave" && splitPair(value, left, right)) {
@@ -109,13 +142,37 @@ int32_t saveInventory(const char* fileName, const std::string& json) {
     return 0;
 }
 
-void answer(const Options& options, const zuvPipePacket& request) {
-    const std::string mode = lookup(options.modes, request.messageType, std::string("normal"));
-    if (mode == "silent") return;
-    const std::string replyPipe = "/var/run/kelzuvcli" + std::to_string(request.senderPid);
+// What zuvCli sends: its tag, one of its four message types.
+bool isRequest(const zuvPipePacket& packet) {
+    return packet.senderTag == kClientTag && packet.messageType >= kEventPacketType &&
+           packet.messageType <= kInventoryType;
+}
+
+int32_t resultOf(const Options& options, zuvsim::ServiceRoad* road, const zuvPipePacket& request) {
+    if (road != nullptr) {
+        switch (request.messageType) {
+            case kEventPacketType:
+            case kEventFileType: return road->sendEventText(request.payload);
+            case kTestEventType: return road->sendTestEvent(request.payload);
+            case kInventoryType: return road->saveInventory(request.payload);
+        }
+    }
     int32_t code = lookup(options.codes, request.messageType, int32_t{0});
     if (request.messageType == kInventoryType && code == 0 && options.writeInventory)
         code = saveInventory(request.payload, options.inventoryJson);
+    return code;
+}
+
+void answer(const Options& options, zuvsim::ServiceRoad* road, const zuvPipePacket& request) {
+    const std::string mode = lookup(options.modes, request.messageType, std::string("normal"));
+    if (mode == "silent") return;
+    const std::string replyPipe = "/var/run/kelzuvcli" + std::to_string(request.senderPid);
+    const int32_t code = resultOf(options, road, request);
+    if (kill(static_cast<pid_t>(request.senderPid), 0) != 0 && errno == ESRCH) {
+        // Gone before its answer: the open of its reply pipe would wait for ever.
+        std::fprintf(stderr, "zuvSimService: client %u is gone, no answer\n", request.senderPid);
+        return;
+    }
     std::vector<char> payload(sizeof code);
     std::memcpy(payload.data(), &code, sizeof code);
     if (mode == "short") payload.resize(2);
@@ -139,22 +196,33 @@ void answer(const Options& options, const zuvPipePacket& request) {
 
 int main(int argc, char** argv) {
     const Options options = parseOptions(argc, argv);
-    mkdir("/var/run", 0755);
-    struct stat existing {};
-    const bool reuse = stat(kServicePipe, &existing) == 0 && S_ISFIFO(existing.st_mode);
-    if (!reuse && !zuvCreatePipe(kServicePipe)) {
-        std::fprintf(stderr, "zuvSimService: cannot create %s\n", kServicePipe);
-        return 1;
+    // A client that dies before reading its answer must not take the service with it.
+    signal(SIGPIPE, SIG_IGN);
+    // Declared first so that it is destroyed after the library's singletons, which use the
+    // simulated RMC's device up to their end.
+    static std::unique_ptr<zuvsim::ServiceRoad> road;
+    if (!options.road.rmc.empty()) {
+        try {
+            road = std::make_unique<zuvsim::ServiceRoad>(options.road);
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "zuvSimService: %s\n", e.what());
+            return 2;
+        }
     }
+    mkdir("/var/run", 0755);
+    const int heldPipe = zuvsim::holdServicePipe(kServicePipe);
+    if (heldPipe < 0) return 1;
     for (long served = 0; options.count < 0 || served < options.count; ++served) {
         zuvPipePacket request{};
         request.payload = nullptr;
-        const bool ok = zuvReadPipe(kServicePipe, &request);
-        if (ok) {
+        if (zuvReadPipe(kServicePipe, &request) && isRequest(request)) {
             record(options.recordFile, request);
-            answer(options, request);
+            answer(options, road.get(), request);
         } else {
-            --served;  // an empty open/close is no request
+            // Out of step: a run before this one died between the two reads of a packet, and
+            // its payload was taken for meta data. Start again with what comes next.
+            std::fprintf(stderr, "zuvSimService: out of step, dropped %ld bytes\n", zuvsim::dropUnread(heldPipe));
+            --served;
         }
         std::free(request.payload);
     }

@@ -1,48 +1,39 @@
-#!/bin/sh
-# Builds the SMBIOS walk fuzzer with clang++ (libFuzzer, ASan, UBSan) and runs it for a
-# bounded time from a seed corpus made by the image generator.
-#   tests/fuzz/run.sh            # 30 seconds
-#   ZUV_FUZZ_SECONDS=300 tests/fuzz/run.sh
-# Skips (status 0) when clang++ or its libFuzzer runtime is missing; a finding fails it.
-set -eu
-
+#!/usr/bin/env bash
+# Builds the fuzz harnesses with clang (libFuzzer, ASan, UBSan) in build-fuzz/ and runs each for a
+# bounded time, two at a time, from its corpus with its dictionary. A finding fails the run and is
+# kept in build-fuzz/fuzz-work/<harness>/findings/; a missing clang or libFuzzer fails it too.
+#   tests/fuzz/run.sh                       # 40 seconds per harness
+#   ZUV_FUZZ_SECONDS=600 tests/fuzz/run.sh smbios_walk
+set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
-seconds=${ZUV_FUZZ_SECONDS:-30}
-cxx=${CLANGXX:-clang++}
+build=$root/build-fuzz
+seconds=${ZUV_FUZZ_SECONDS:-40}
+harnesses=("$@")
+[ ${#harnesses[@]} -gt 0 ] || harnesses=(smbios_walk config event_checks pipe_packet host_output sdr_cache)
 
-if ! command -v "$cxx" >/dev/null 2>&1; then
-    echo "fuzz: $cxx not found, skipped"
-    exit 0
-fi
+command -v clang++ >/dev/null || { echo "fuzz: clang++ is missing (see .ci/packages.txt)"; exit 1; }
+cmake -S "$root" -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link -DZUV_SANITIZE=address -DZUV_FUZZ=ON -DZUV_BUILD_BENCH=OFF >/dev/null
+cmake --build "$build" -j2 --target "${harnesses[@]/#/fuzz_}"
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/zuv-fuzz.XXXXXX")
-trap 'rm -rf "$work"' EXIT
-mkdir -p "$work/corpus" "$work/findings"
-
-if ! echo 'extern "C" int LLVMFuzzerTestOneInput(const unsigned char*, unsigned long) { return 0; }' |
-        "$cxx" -x c++ -fsanitize=fuzzer - -o "$work/probe" >/dev/null 2>&1; then
-    echo "fuzz: $cxx has no libFuzzer runtime, skipped"
-    exit 0
-fi
-
-"$cxx" -std=c++17 -O1 -I"$root/sim/smbios" "$root/tests/fuzz/makeSmbiosSeeds.cpp" \
-    "$root/sim/smbios/zuvSmbiosImage.cpp" -o "$work/make-seeds"
-"$work/make-seeds" "$work/corpus"
-
-"$cxx" -std=c++17 -g -O1 -fno-omit-frame-pointer -fsanitize=fuzzer,address,undefined \
-    -fno-sanitize-recover=all -I"$root/lib" "$root/tests/fuzz/smbiosWalkFuzzer.cpp" \
-    "$root/lib/platform/zuvSmbiosReader.cpp" "$root/lib/platform/zuvSmbiosUuid.cpp" \
-    -o "$work/smbios-walk-fuzzer"
-
-printf '"_SM_"\n"_DMI_"\n' >"$work/smbios.dict"
-echo "fuzz: SMBIOS walk for ${seconds}s"
-"$work/smbios-walk-fuzzer" -max_total_time="$seconds" -dict="$work/smbios.dict" \
-    -artifact_prefix="$work/findings/" -print_final_stats=1 "$work/corpus" 2>"$work/log" || {
-    tail -n 60 "$work/log"
-    for f in "$work"/findings/*; do
-        [ -e "$f" ] && { echo "finding: $f"; od -An -tx1 "$f" | head -n 20; }
-    done
-    exit 1
+# One harness: its findings, its log, and a line with the executions it made.
+fuzz_one() {
+    local name=$1 work=$build/fuzz-work/$1 dict=()
+    rm -rf "$work" && mkdir -p "$work/corpus" "$work/findings"
+    [ ! -f "$root/tests/fuzz/$name.dict" ] || dict=(-dict="$root/tests/fuzz/$name.dict")
+    if "$build/tests/fuzz/fuzz_$name" -max_total_time="$seconds" -timeout=10 "${dict[@]}" \
+        -artifact_prefix="$work/findings/" -print_final_stats=1 "$work/corpus" "$root/tests/fuzz/corpus/$name" \
+        >"$work/log" 2>&1; then
+        echo "fuzz: $name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$work/log") executions in ${seconds}s, no findings"
+    else
+        echo "fuzz: $name FAILED"
+        tail -n 40 "$work/log"
+        for found in "$work"/findings/*; do
+            [ -e "$found" ] && { echo "finding: $found"; od -An -c "$found" | head -n 10; }
+        done
+        return 1
+    fi
 }
-grep -E '^(stat::number_of_executed_units|Done)' "$work/log" || true
-echo "fuzz: no findings"
+export -f fuzz_one
+export build root seconds
+printf '%s\n' "${harnesses[@]}" | xargs -P 2 -I{} bash -c 'fuzz_one {}'

@@ -1,56 +1,76 @@
 #pragma once
-// What the IPMI tests share: the logger configured to files inside the sandbox and read back,
-// and a simulated RMC installed behind the device seam for the length of one test.
+// What the IPMI tests share: the log in files inside the sandbox, and a fresh simulated RMC
+// behind the device seam with a service of its own over it.
 
 #include "ipmi/zuvIPMIDeviceSystem.h"
 #include "ipmi/zuvIPMIService.h"
-#include "zuvSimRmc.h"
 #include "zuvSimRmcDevice.h"
+#include "zuvTestLog.h"
 
+#include <cxxabi.h>
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
-#include <string>
-#include <vector>
 
-namespace ipmitest {
+using Step = zuvsim::SimulatedRmcDevice::Step;
+using Bytes = std::vector<uint8_t>;
+using Lines = std::vector<std::string>;
 
-struct LogLine {
-    std::string level;  // "ERROR", "WARNING", "INFO" or "DEBUG"
-    std::string tag;
-    std::string message;
-};
+// 1, 2, 3, ... n.
+inline Bytes counting(int n) {
+    Bytes bytes;
+    while (static_cast<int>(bytes.size()) < n) bytes.push_back(static_cast<uint8_t>(bytes.size() + 1));
+    return bytes;
+}
 
-// Lines written to the main and the debug log since construction (or the last mark()).
-class LogCapture {
-public:
-    LogCapture();
-    void mark();
-    std::vector<LogLine> lines() const;
-    std::vector<std::string> messages(const std::string& level) const;
-    bool has(const std::string& level, const std::string& message) const;
-
-private:
-    size_t mainStart = 0;
-    size_t debugStart = 0;
-};
-
-// Writes the configuration (all levels, debug on, both logs to files) and builds the logger.
-void ensureLogger();
+// "<type>: <what>" of the exception that run raises; empty when it returns.
+template <typename Run>
+std::string thrown(Run&& run) {
+    try {
+        run();
+    } catch (const std::exception& e) {
+        std::unique_ptr<char, void (*)(void*)> type(abi::__cxa_demangle(typeid(e).name(), 0, 0, 0), std::free);
+        return type.get() + std::string(": ") + e.what();
+    }
+    return "";
+}
 
 class IpmiTest : public ::testing::Test {
 protected:
-    void SetUp() override;
-    void TearDown() override;
-    // A service of the test's own over the simulated RMC; the record of its opening is cleared.
-    std::unique_ptr<zuvIPMIService> makeService();
+    void SetUp() override { reset(); }
+    void TearDown() override {
+        service.reset();
+        zuvIPMI::setDeviceSystem(nullptr);
+    }
+    // A new RMC, device and service; the record of the opening and the logs are cleared.
+    void reset() {
+        zuvtest::startFileLogging();
+        service.reset();
+        device.reset();
+        rmc = std::make_unique<zuvsim::SimulatedRmc>();
+        device = std::make_unique<zuvsim::SimulatedRmcDevice>(*rmc);
+        zuvIPMI::setDeviceSystem(device.get());
+        service = std::make_unique<zuvIPMIService>(64);
+        device->clearRecord();
+        zuvtest::clearLogs();
+    }
+    // The tag's lines as "LEVEL message": every error and warning, then the debug lines that
+    // `expected` names (all of them with allDebug), as often and in the order they were written.
+    static std::string logged(const std::string& expected, const char* tag = "ZUV_IPMI_SERVICE",
+                              bool allDebug = false) {
+        std::string out;
+        for (const std::string level : {"ERROR", "WARNING", "DEBUG"}) {
+            for (const std::string& message :
+                 zuvtest::logMessages(level == "DEBUG" ? zuvtest::kDebugLog : zuvtest::kMainLog, tag, level)) {
+                const std::string line = level + " " + message;
+                const bool named = ("\n" + expected + "\n").find("\n" + line + "\n") != std::string::npos;
+                if (level != "DEBUG" || allDebug || named) out += (out.empty() ? "" : "\n") + line;
+            }
+        }
+        return out;
+    }
 
-    zuvsim::SimulatedRmc rmc;
-    zuvsim::SimulatedRmcDevice device{rmc};
-    LogCapture log;
+    std::unique_ptr<zuvsim::SimulatedRmc> rmc;
+    std::unique_ptr<zuvsim::SimulatedRmcDevice> device;
+    std::unique_ptr<zuvIPMIService> service;
 };
-
-uint16_t le16(const std::vector<uint8_t>& bytes, size_t at);
-
-}  // namespace ipmitest

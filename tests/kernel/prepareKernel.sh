@@ -4,27 +4,18 @@
 # the unpacked root and the kernel version. A second run reuses the cache.
 # Usage: prepareKernel.sh <cache-dir>
 set -euo pipefail
-cache=$1
-mkdir -p "$cache"
-cd "$cache"
-
-# The versioned package that the linux-image-amd64 meta package points at; a machine whose
-# package lists were never fetched gets them first.
+mkdir -p "$1"
+cd "$1"
+# The versioned package that linux-image-amd64 points at; apt's lists are fetched if missing.
 kernelPackage() {
     apt-cache depends linux-image-amd64 2>/dev/null |
         sed -n 's/^ *Depends: *\(linux-image-[0-9][^ ]*-amd64\)$/\1/p' | head -n1
 }
 pkg=$(kernelPackage)
-if [ -z "$pkg" ]; then
-    apt-get update -qq >&2
-    pkg=$(kernelPackage)
-fi
-if [ -z "$pkg" ]; then
-    echo "no linux-image-*-amd64 package known to apt (run apt-get update)" >&2
-    exit 1
-fi
+[ -n "$pkg" ] || { apt-get update -qq >&2; pkg=$(kernelPackage); }
+[ -n "$pkg" ] || { echo "no linux-image-*-amd64 package known to apt (run apt-get update)" >&2; exit 1; }
 version=${pkg#linux-image-}
-root=$cache/root-$version
+root=$PWD/root-$version
 if [ ! -f "$root/.complete" ]; then
     rm -rf "$root"
     ls ./"$pkg"_*.deb >/dev/null 2>&1 || apt-get download "$pkg" >&2

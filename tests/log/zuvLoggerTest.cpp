@@ -1,5 +1,5 @@
-// The log facility: destinations, levels, line formats, thread numbers, directories and links.
-// The logger is built once per process, so each configuration runs in a child process.
+// The log facility: levels, destinations, line formats, thread numbers, what its construction makes and
+// publishes. The logger is built once per process, so each configuration runs in a child.
 #include "log/zuvLogger.h"
 
 #include "zuvChild.h"
@@ -8,223 +8,132 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
-#include <syslog.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <map>
 #include <regex>
 #include <sstream>
 #include <thread>
 
 namespace {
 
-std::vector<std::string> linesOf(const std::string& path) {
-    std::vector<std::string> lines;
-    if (!zuvtest::fileExists(path)) return lines;
-    std::istringstream in(zuvtest::readFile(path));
-    std::string line;
-    while (std::getline(in, line)) lines.push_back(line);
-    return lines;
+// clang-format off
+std::string config(const std::string& main, const std::string& debug, const std::string& level = "Info", bool on = true) {
+    return R"({"ZUVLogLocation":")" + main + R"(","DebugLogLocation":")" + debug + R"(","LoggingLevel":")" + level + R"(","EnableDebugLog":)" + (on ? "true}" : "false}");
 }
 
-void logOneOfEach() {
-    ZUV_LOG_ERROR("ZUV_UTILS", "error %d", 1);
-    ZUV_LOG_WARNING("ZUV_UTILS", "warning %s", "two");
-    ZUV_LOG_INFO("ZUV_UTILS", "info %d", 3);
-    ZUV_LOG_DEBUG("ZUV_UTILS", "debug %d", 4);
-}
+// clang-format on
 
-TEST(Logger, LevelTextsAndLineNumbers) {
-    const std::pair<std::string, int> levels[] = {{"Information", 2}, {"Debug", 3},  {"error,info", 4}, {"", 3},
-                                                  {"WARNING", 3},     {"xINFOx", 2}, {"Error", 4}};
-    for (const auto& level : levels) EXPECT_EQ(zuvLogger::levelOfText(level.first), level.second) << level.first;
-    const std::pair<int, std::string> numbers[] = {{7, "007"}, {99, "099"}, {123, "123"}, {12345, "1234"}, {0, "000"}};
-    for (const auto& n : numbers) EXPECT_EQ(zuvLogger::renderLineNumber(n.first), n.second);
-    EXPECT_EQ(zuvLogger::kindOfLocation("syslog"), 3);
-    EXPECT_EQ(zuvLogger::kindOfLocation("terminal"), 4);
-    EXPECT_EQ(zuvLogger::kindOfLocation("Syslog"), 2);
-}
-
-TEST(Logger, FileLinesCarryTimeLevelThreadLineAndTag) {
-    zuvtest::writeConfig(
-        R"({"ZUVLogLocation":"/opt/kelzuv/log/a/zuv.log","DebugLogLocation":"/opt/kelzuv/log/b/dbg.log",
-                             "EnableDebugLog":true,"LoggingLevel":"Info"})");
-    zuvtest::makeDirectories("/opt/kelzuv/tmp");
-    const auto result = zuvtest::inChild([] {
-        logOneOfEach();
-        std::thread([] { ZUV_LOG_WARNING("P_DISPATCH_Q", "from another thread"); }).join();
-        ZUV_LOG_WARNING("P_DISPATCH_Q", "main again");
-        return std::string("done");
-    });
-    ASSERT_EQ(result.text, "done");
-    const auto main = linesOf("/opt/kelzuv/log/a/zuv.log");
-    ASSERT_EQ(main.size(), 5u);
-    const std::regex shape(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ \[ERROR\]    100 \d{3} ZUV_UTILS: error 1)");
-    EXPECT_TRUE(std::regex_match(main[0], shape)) << main[0];
-    EXPECT_NE(main[1].find(" [WARNING] 100 "), std::string::npos) << main[1];
-    EXPECT_NE(main[2].find(" [INFO]    100 "), std::string::npos) << main[2];
-    EXPECT_NE(main[3].find(" [WARNING] 101 "), std::string::npos) << main[3];  // a new thread, a new number
-    EXPECT_NE(main[4].find(" [WARNING] 100 "), std::string::npos) << main[4];
-    const auto debug = linesOf("/opt/kelzuv/log/b/dbg.log");
-    ASSERT_EQ(debug.size(), 1u);
-    EXPECT_NE(debug[0].find(" [DEBUG]   100 "), std::string::npos);
-    EXPECT_NE(debug[0].find(" ZUV_UTILS: debug 4"), std::string::npos);
-    // Both logs are published in /opt/kelzuv/tmp.
-    char target[256] = {};
-    ASSERT_GT(readlink("/opt/kelzuv/tmp/zuv.log", target, sizeof target - 1), 0);
-    EXPECT_STREQ(target, "/opt/kelzuv/log/a/zuv.log");
+std::string whatIsAt(const std::string& path) {  // "dir <mode>", "-> <target>", a file's content, or "none"
     struct stat st {};
-    ASSERT_EQ(stat("/opt/kelzuv/log/a", &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0700u);
+    if (lstat(path.c_str(), &st) != 0) return "none";
+    if (S_ISDIR(st.st_mode)) return "dir " + std::to_string(st.st_mode & 0777);
+    return S_ISLNK(st.st_mode) ? "-> " + std::filesystem::read_symlink(path).string() : zuvtest::readFile(path);
 }
 
-TEST(Logger, LevelDecidesWhatIsWrittenAndWhatIsFormatted) {
-    struct Case {
-        std::string level;
-        bool debugOn;
-        std::string written;  // e w i d
-    };
-    const Case cases[] = {{"Error", false, "e"},
-                          {"Warning", false, "ew"},
-                          {"Info", true, "ewid"},
-                          {"Debug", true, "ewd"},
-                          {"error,info", false, "e"}};
-    for (const Case& c : cases) {
-        zuvtest::writeConfig(R"({"ZUVLogLocation":"terminal","DebugLogLocation":"terminal","LoggingLevel":")" +
-                             c.level + R"(","EnableDebugLog":)" + (c.debugOn ? "true" : "false") + "}");
-        const auto result = zuvtest::inChild([] {
-            int formatted = 0;
-            auto count = [&formatted](const char* letter) {
-                ++formatted;
-                return letter;
-            };
-            testing::internal::CaptureStdout();
-            ZUV_LOG_ERROR("T", "%s", count("e"));
-            ZUV_LOG_WARNING("T", "%s", count("w"));
-            ZUV_LOG_INFO("T", "%s", count("i"));
-            ZUV_LOG_DEBUG("T", "%s", count("d"));
-            const std::string out = testing::internal::GetCapturedStdout();
-            std::string letters;
-            std::istringstream lines(out);
-            std::string line;
-            while (std::getline(lines, line)) letters += line.back();
-            return letters + "/" + std::to_string(formatted);
-        });
-        EXPECT_EQ(result.text, c.written + "/" + std::to_string(c.written.size())) << c.level;
-    }
-}
-
-TEST(Logger, SyslogLinesHaveNoTimeAndThePriorityOfTheirLevel) {
-    zuvtest::writeConfig(R"({"EnableDebugLog":true,"LoggingLevel":"Info"})");
-    zuvtest::SyslogCollector syslogLines;
-    zuvtest::inChild([] {
-        logOneOfEach();
-        ZUV_LOG_INFO("T", "%s", std::string(5000, 'x').c_str());
-        return std::string();
-    });
-    std::vector<zuvtest::SyslogLine> logged;
-    for (const auto& line : syslogLines.lines())
-        if (line.message.find("ZUV_UTILS:") != std::string::npos || line.message.find(" T: ") != std::string::npos)
-            logged.push_back(line);
-    ASSERT_EQ(logged.size(), 5u);
-    const std::regex shape(R"(\[ERROR\]    100 \d{3} ZUV_UTILS: error 1\n)");
-    EXPECT_TRUE(std::regex_match(logged[0].message, shape)) << logged[0].message;
-    EXPECT_EQ(logged[0].priority, LOG_ERR);
-    EXPECT_EQ(logged[1].priority, LOG_WARNING);
-    EXPECT_EQ(logged[2].priority, LOG_INFO);
-    EXPECT_EQ(logged[3].priority, LOG_DEBUG);
-    EXPECT_EQ(logged[3].message.rfind("[DEBUG]   100 ", 0), 0u);
-    // A message is cut at 4095 characters.
-    EXPECT_EQ(logged[4].message.size() - logged[4].message.find("T: ") - 3 - 1, 4095u);
-}
-
-TEST(Logger, UncreatableDirectoriesEndTheProcessWith246Or245) {
-    zuvtest::writeFile("/opt/kelzuv/plainfile", "x");
-    struct Case {
-        std::string config;
-        int status;
-        std::string line;
-    };
+TEST(Logger, ConfigurationDecidesWhatIsWrittenWhereAndConstructionMakesDirectoriesFilesAndLinks) {
+    // clang-format off
+    // config: "none" for no file (the child then writes one, main log at retry.log). setLevel: 0 none, -1 setLogKindFile instead.
+    // written: the messages the macros formatted, the letters (e w i d; the members E W I D; a b: infoAlways) on standard output, then in syslog each behind
+    // its level text's initial and ahead of its priority. before: files made; after: what stands where (a pattern); syslog: the logger's own lines.
+    struct Case { std::string config; int setLevel; std::string written; std::vector<std::pair<std::string, std::string>> before = {}, after = {}; int status = 0; std::string syslog = ""; };
+    const std::string t = "terminal", s = "syslog", o = "/opt/kelzuv/", tmp = o + "tmp/", time = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ )";
+    // The main log's lines: an error, a warning from another thread, an info line cut at 4095 characters, the members called at line 1, infoAlways at lines 99 and 12345.
+    const std::string lines = time + R"(\[ERROR\]    100 0*(\d+) T: e \1\n)" + time + R"(\[WARNING\] 101 0*(\d+) T: w \2\n)" + time + R"(\[INFO\]    100 \d+ T: ix{4094}\n)" + time + R"(\[ERROR\]    100 001 T: E\n)" + time + R"(\[WARNING\] 100 001 T: W\n)" + time + R"(\[INFO\]    100 001 T: I\n)" + time + R"(\[INFO\]    100 099 T: a\n)" + time + R"(\[INFO\]    100 1234 T: b\n)";
+    const std::string same = ". Hence, symbolic link will not be created.\n", dir = "dir " + std::to_string(0700), dbg = time + R"(\[DEBUG\]   100 0*(\d+) T: d \1\n)" + time + R"(\[DEBUG\]   100 001 T: D\n)";
     const Case cases[] = {
-        {R"({"ZUVLogLocation":"/opt/kelzuv/plainfile/x/zuv.log","a":1})", 246,
-         "Failed to create directory path for ZUV log file [/opt/kelzuv/plainfile/x/zuv.log]: 20 - Not a directory"},
-        {R"({"DebugLogLocation":"/opt/kelzuv/plainfile/y/dbg.log","a":1})", 245,
-         "Failed to create directory path for ZUV debug log file [/opt/kelzuv/plainfile/y/dbg.log]: 20 - Not a "
-         "directory"},
+        {config(t, t, "Error", false), 0, "1eEab "}, {config(t, t, "WARNING", false), 0, "2ewEWab "}, {config(t, t, "Info"), 0, "4ewidEWIDab "},
+        {config(t, t, "Debug"), 0, "3ewdEWDab "}, {config(t, t, "xerror,infox", false), 0, "1eEab "}, {config(t, t, "", false), 0, "2ewEWab "},
+        {config(t, t, "Error", false), 1, "4ewiEWIab "}, {config(t, t, "Info"), 5, "1dDab "}, {config(s, s, "Info"), 0, "4 Ee3Ww4Ii6Dd7EE3WW4II6DD7Ia6Ib6"},
+        {config(s, t, "Info"), -1, "4dD "},  // a main stream that was never opened
+        {config(s, "Syslog"), 0, "4 Ee3Ww4Ii6EE3WW4II6Ia6Ib6", {}, {{o + "Syslog", dbg}}},  // not syslog: the case counts
+        {config(o + "m1/a/zuv.log", o + "d1/b/dbg.log"), 0, "4 ", {{"/scratch/log/kelzuv/backup_log", "old"}}, {{o + "m1", dir}, {o + "m1/a", dir}, {o + "d1/b", dir}, {o + "m1/a/zuv.log", lines},
+            {o + "d1/b/dbg.log", dbg}, {tmp + "zuv.log", "-> " + o + "m1/a/zuv.log"}, {tmp + "dbg.log", "-> " + o + "d1/b/dbg.log"}, {tmp + "backup_log", "-> /scratch/log/kelzuv/backup_log"}}},
+        {config(s, o + "d2/new.log", "Info", false), 0, "3 Ee3Ww4Ii6EE3WW4II6Ia6Ib6", {}, {{o + "d2", dir}, {o + "d2/new.log", "none"}, {tmp + "new.log", "none"}}},
+        // A log that lives where its link would go stays, under any spelling of its path.
+        {config(tmp + "own.log", o + "d3/old.log", "Info", false), 0, "3 ", {{tmp + "own.log", "old\n"}, {o + "d3/old.log", "old"}}, {{tmp + "own.log", "old\n" + lines}, {tmp + "old.log", "-> " + o + "d3/old.log"}}, 0,
+            "4 Target path(" + tmp + "own.log) matches symbolic link path(" + tmp + "own.log)" + same},
+        {config(o + "tmp/../tmp/own.log", t, "Info", false), 0, "3 ", {{tmp + "own.log", "old\n"}}, {{tmp + "own.log", "old\n" + lines}}, 0, "4 Target path(" + o + "tmp/../tmp/own.log) matches symbolic link path(" + tmp + "own.log)" + same},
+        {config(o + "plain/x/zuv.log", s), 0, "", {{o + "plain", ""}}, {}, 246, "3 Failed to create directory path for ZUV log file [" + o + "plain/x/zuv.log]: 20 - Not a directory\n"}, {config(s, o + "plain/y/dbg.log"), 0, "", {{o + "plain", ""}}, {}, 245, "3 Failed to create directory path for ZUV debug log file [" + o + "plain/y/dbg.log]: 20 - Not a directory\n"},
+        {config(tmp, tmp), 0, "4 ", {}, {}, 0, "3 Error opening ZUV log file [" + tmp + "]: 21 - Is a directory\n3 Error opening the ZUV debug log file[" + tmp + "]: 21 - Is a directory\n"}, {"none", 0, "4 Dd7DD7", {}, {{o + "retry.log", "Config Uninitlized : will use the default configurations\n" + lines}}, 0, "4 Config /opt/kelzuv/vital/zuv.conf Couldnt open\n"},
     };
+    // clang-format on
     for (const Case& c : cases) {
-        zuvtest::writeConfig(c.config);
+        c.config == "none" ? (void)unlink("/opt/kelzuv/vital/zuv.conf") : zuvtest::writeConfig(c.config);
+        for (const auto& file : c.before) zuvtest::writeFile(file.first, file.second);
+        zuvtest::makeDirectories(tmp);
         zuvtest::SyslogCollector syslogLines;
-        const auto result = zuvtest::inChild([] {
-            ZUV_LOG_ERROR("T", "never");
-            return std::string("returned");
+        const zuvtest::ChildResult child = zuvtest::inChild([&c] {
+            chdir("/opt/kelzuv");  // for a log file without a directory
+            int formatted = 0;
+            const auto count = [&formatted](const char* letter) { return ++formatted, letter; };
+            zuvLogger* log = nullptr;
+            try {
+                log = zuvLogger::getInstance();
+            } catch (const std::runtime_error& e) {  // no logger yet; the next use builds it
+                zuvtest::writeFile("/opt/kelzuv/retry.log", e.what() + std::string("\n"));
+                zuvtest::writeConfig(config("/opt/kelzuv/retry.log", "syslog"));
+                log = zuvLogger::getInstance();
+            }
+            if (c.setLevel > 0) log->setLogLevel(c.setLevel);
+            if (c.setLevel < 0) log->setLogKindFile();
+            testing::internal::CaptureStdout();
+            ZUV_LOG_ERROR("T", "%s %d", count("e"), __LINE__);
+            std::thread([&] { ZUV_LOG_WARNING("T", "%s %d", count("w"), __LINE__); }).join();
+            ZUV_LOG_INFO("T", "%s%s", count("i"), std::string(5000, 'x').c_str());
+            ZUV_LOG_DEBUG("T", "%s %d", count("d"), __LINE__);
+            log->error("E", "T", 1), log->warning("W", "T", 1), log->info("I", "T", 1), log->debug("D", "T", 1);
+            log->infoAlways("a", "T", 99);
+            log->infoAlways("b", "T", 12345);
+            std::string letters = std::to_string(formatted);
+            std::istringstream out(testing::internal::GetCapturedStdout());
+            for (std::string line; std::getline(out, line);) letters += line[line.find(" T: ") + 4];
+            return letters + " ";
         });
-        EXPECT_EQ(result.exitStatus, c.status);
-        EXPECT_EQ(result.text, "");
-        const auto lines = syslogLines.lines();
-        ASSERT_FALSE(lines.empty());
-        EXPECT_EQ(lines.back().message, c.line);
-        EXPECT_EQ(lines.back().priority, LOG_ERR);
+        std::string result = child.text, logged;
+        for (const zuvtest::SyslogLine& l : syslogLines.lines()) {  // no time in a log line: syslog adds its own
+            if (l.message.find(" T: ") == std::string::npos) {
+                if (l.message.rfind("ZUV_", 0) && l.message.rfind("Parse ", 0))  // but the store's lines
+                    logged += std::to_string(l.priority) + " " + l.message + "\n";
+                continue;
+            }
+            EXPECT_TRUE(std::regex_match(
+                l.message, std::regex(R"((\[ERROR\]   |\[WARNING\]|\[(INFO\] |DEBUG\])  ) 10[01] \d{3,4} T: \w.*\n)")))
+                << l.message;
+            result += l.message.substr(1, 1) + l.message[l.message.find(" T: ") + 4] + std::to_string(l.priority);
+        }
+        EXPECT_EQ(result, c.written) << c.config << " " << c.setLevel;
+        EXPECT_EQ(child.exitStatus, c.status) << c.config;
+        EXPECT_EQ(logged, c.syslog) << c.config;
+        for (const auto& expected : c.after)
+            EXPECT_TRUE(std::regex_match(whatIsAt(expected.first), std::regex(expected.second)))
+                << c.config << " " << expected.first << ": " << whatIsAt(expected.first);
     }
 }
 
-TEST(Logger, LinksArePublishedOnlyForFilesThatExist) {
-    zuvtest::makeDirectories("/opt/kelzuv/tmp");
-    zuvtest::writeFile("/scratch/log/kelzuv/backup_log", "old");
-    zuvtest::writeFile("/opt/kelzuv/dbg/old.log", "old");
-    // Debug log off: no debug file is opened, but its directory is made and its existing file linked.
-    zuvtest::writeConfig(R"({"DebugLogLocation":"/opt/kelzuv/dbg/old.log","EnableDebugLog":false,"a":1})");
-    zuvtest::inChild([] {
-        ZUV_LOG_DEBUG("T", "not written");
-        return std::string();
-    });
-    char target[256] = {};
-    ASSERT_GT(readlink("/opt/kelzuv/tmp/backup_log", target, sizeof target - 1), 0);
-    EXPECT_STREQ(target, "/scratch/log/kelzuv/backup_log");
-    std::fill(std::begin(target), std::end(target), 0);
-    ASSERT_GT(readlink("/opt/kelzuv/tmp/old.log", target, sizeof target - 1), 0);
-    EXPECT_STREQ(target, "/opt/kelzuv/dbg/old.log");
-    EXPECT_EQ(zuvtest::readFile("/opt/kelzuv/dbg/old.log"), "old");
-
-    // A log that lives in the publishing directory itself is not linked onto itself.
-    zuvtest::SyslogCollector syslogLines;
-    EXPECT_FALSE(zuvLogger::publishLink("/opt/kelzuv/tmp/backup_log", "/opt/kelzuv/tmp"));
-    EXPECT_TRUE(zuvLogger::publishLink("/opt/kelzuv/none.log", "/opt/kelzuv/tmp"));  // nothing to publish yet
-    EXPECT_EQ(syslogLines.messages(),
-              (std::vector<std::string>{"Target path(/opt/kelzuv/tmp/backup_log) matches symbolic link "
-                                        "path(/opt/kelzuv/tmp/backup_log). Hence, symbolic link will not be "
-                                        "created."}));
-}
-
-TEST(Logger, NoConfigurationLeavesNoLoggerAndTheNextUseBuildsIt) {
-    unlink("/opt/kelzuv/vital/zuv.conf");
-    const auto result = zuvtest::inChild([] {
-        std::string seen;
-        try {
-            ZUV_LOG_ERROR("T", "lost");
-            seen = "logged";
-        } catch (const std::runtime_error& e) {
-            seen = e.what();
-        }
-        zuvtest::writeConfig(R"({"ZUVLogLocation":"/opt/kelzuv/log/retry.log","a":1})");
-        ZUV_LOG_ERROR("T", "after %s", "retry");
-        return seen;
-    });
-    EXPECT_EQ(result.text, "Config Uninitlized : will use the default configurations");
-    const auto lines = linesOf("/opt/kelzuv/log/retry.log");
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_NE(lines[0].find(" [ERROR]    100 "), std::string::npos) << lines[0];
-    EXPECT_NE(lines[0].find(" T: after retry"), std::string::npos) << lines[0];
-}
-
-TEST(Logger, DirectoriesOfAPathAreMadeOneByOne) {
-    EXPECT_EQ(zuvLogger::createDirectories("/opt/kelzuv/d1/d2/file.log"), 0);
-    struct stat st {};
-    EXPECT_EQ(stat("/opt/kelzuv/d1/d2", &st), 0);
-    EXPECT_NE(stat("/opt/kelzuv/d1/d2/file.log", &st), 0);                     // the last component is the file
-    EXPECT_EQ(zuvLogger::createDirectories("/opt/kelzuv/d1/d2/file.log"), 0);  // existing ones are fine
-    EXPECT_EQ(zuvLogger::createDirectories("nofile"), 0);
-    zuvtest::writeFile("/opt/kelzuv/blocker", "");
-    EXPECT_EQ(zuvLogger::createDirectories("/opt/kelzuv/blocker/x/y"), -1);
+TEST(Logger, LinesFromManyThreadsNeverMix) {
+    zuvtest::writeConfig(config("/opt/kelzuv/log/threads.log", "syslog"));
+    std::istringstream lines(zuvtest::inChild([] {
+                                 zuvLogger::getInstance();  // built before the threads start
+                                 std::vector<std::thread> threads;
+                                 for (int t = 0; t < 4; ++t)
+                                     threads.emplace_back([t] {
+                                         for (int i = 0; i < 2000; ++i) ZUV_LOG_WARNING("T", "worker %d line %d", t, i);
+                                     });
+                                 for (auto& thread : threads) thread.join();
+                                 return zuvtest::readFile("/opt/kelzuv/log/threads.log");
+                             }).text);
+    // Whole lines; each thread number, 100 to 103, is one worker's; a worker's lines come in its order.
+    std::map<int, int> workerOf, next;
+    const std::regex shape(R"(\S+ \[WARNING\] (10[0-3]) \d+ T: worker (\d) line (\d+))");
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch m;
+        ASSERT_TRUE(std::regex_match(line, m, shape)) << line;
+        EXPECT_EQ(workerOf.emplace(std::stoi(m[1]), std::stoi(m[2])).first->second, std::stoi(m[2])) << line;
+        EXPECT_EQ(next[std::stoi(m[2])]++, std::stoi(m[3])) << line;
+    }
+    EXPECT_EQ(workerOf.size() * 1000 + next[0] + next[1] + next[2] + next[3], 12000u);
 }
 
 }  // namespace

@@ -3,14 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     std::string why;
-    if (!zuvtest::enterSandbox(&why)) {
-        std::fprintf(stderr, "cannot enter the test sandbox: %s\n", why.c_str());
-        return 1;
-    }
+    if (!zuvtest::enterSandbox(&why)) return fprintf(stderr, "cannot enter the test sandbox: %s\n", why.c_str()), 1;
     return RUN_ALL_TESTS();
 }

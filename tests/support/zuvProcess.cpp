@@ -1,136 +1,115 @@
 #include "zuvProcess.h"
 
+#include "zuvChild.h"
 #include "zuvSandbox.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
-#include <sys/stat.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <chrono>
+#include <climits>
 #include <stdexcept>
 
 namespace zuvtest {
 namespace {
 
-long long nowMs() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * 1000LL + now.tv_nsec / 1000000;
+// Polls done every 2 ms until it holds (true) or timeoutMs have gone by (false).
+bool pollUntil(const std::function<bool()>& done, int timeoutMs) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    for (; !done(); usleep(2000))
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+    return true;
 }
 
-// The argument vector is built before the fork: the child only calls async-signal-safe functions.
-std::vector<char*> argumentsOf(const std::vector<std::string>& argv) {
+// Runs argv with no input; its arguments are built before the fork, so the child only makes system calls.
+pid_t spawn(const std::vector<std::string>& argv, int out = 1, int err = 2) {
     std::vector<char*> args;
     for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
-    return args;
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error("fork");
+    if (child == 0) {
+        if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && dup2(open("/dev/null", O_RDONLY), 0) >= 0)
+            execvp(args[0], args.data());
+        _exit(127);
+    }
+    return child;
 }
 
-[[noreturn]] void execOrDie(const std::vector<char*>& args) {
-    execvp(args[0], args.data());
-    _exit(127);
+// The exit status of child once it ends within timeoutMs, else -1.
+int waitFor(pid_t child, int timeoutMs) {
+    int raw = 0;
+    if (!pollUntil([&] { return waitpid(child, &raw, WNOHANG) != 0; }, timeoutMs)) return -1;
+    return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
 }
 
-int statusOf(int raw) { return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw); }
+int memoryFile() {
+    if (const int fd = memfd_create("zuvtest", MFD_CLOEXEC); fd >= 0) return fd;
+    throw std::runtime_error("memfd_create");
+}
+
+// The whole text of a memory file, which is closed afterwards.
+std::string contentOf(int fd) {
+    std::string text(static_cast<size_t>(lseek(fd, 0, SEEK_END)), '\0');
+    if (pread(fd, &text[0], text.size(), 0) != static_cast<ssize_t>(text.size())) text.clear();
+    close(fd);
+    return text;
+}
 
 }  // namespace
 
-ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs) {
-    int outPipe[2], errPipe[2];
-    if (pipe2(outPipe, O_CLOEXEC) != 0 || pipe2(errPipe, O_CLOEXEC) != 0) throw std::runtime_error("pipe");
-    const std::vector<char*> args = argumentsOf(argv);
-    const pid_t child = forkQuietly();
+ChildResult inChild(const std::function<std::string()>& body) {
+    const int shared = memoryFile();  // the child leaves its text here
+    const pid_t child = fork();
     if (child < 0) throw std::runtime_error("fork");
     if (child == 0) {
-        dup2(outPipe[1], 1);
-        dup2(errPipe[1], 2);
-        const int devNull = open("/dev/null", O_RDONLY);
-        if (devNull >= 0) dup2(devNull, 0);
-        execOrDie(args);
+        std::string text;
+        try {
+            text = body();
+        } catch (const std::exception& e) {
+            text = std::string("exception: ") + e.what();
+        }
+        _exit(write(shared, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 125);
     }
-    close(outPipe[1]);
-    close(errPipe[1]);
+    ChildResult result;
+    result.exitStatus = waitFor(child, INT_MAX);
+    result.text = contentOf(shared);
+    return result;
+}
+
+ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs) {
+    const int out = memoryFile(), err = memoryFile();
+    const pid_t child = spawn(argv, out, err);
     ProcessResult result;
-    const long long deadline = nowMs() + timeoutMs;
-    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    int open = 2;
-    while (open > 0) {
-        const long long left = deadline - nowMs();
-        if (left <= 0) {
-            result.timedOut = true;
-            kill(child, SIGKILL);
-            break;
-        }
-        if (poll(fds, 2, static_cast<int>(left)) < 0 && errno != EINTR) break;
-        for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP))) continue;
-            char buffer[4096];
-            const ssize_t n = read(fds[i].fd, buffer, sizeof buffer);
-            if (n > 0) {
-                (i == 0 ? result.out : result.err).append(buffer, n);
-            } else {
-                close(fds[i].fd);
-                fds[i].fd = -1;
-                --open;
-            }
-        }
-    }
-    for (const pollfd& fd : fds)
-        if (fd.fd >= 0) close(fd.fd);
-    int raw = 0;
-    waitpid(child, &raw, 0);
-    result.exitStatus = result.timedOut ? -1 : statusOf(raw);
+    result.exitStatus = waitFor(child, timeoutMs);
+    result.timedOut = result.exitStatus == -1;
+    if (result.timedOut && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
+    result.out = contentOf(out);
+    result.err = contentOf(err);
     return result;
 }
 
 void BackgroundProcess::start(const std::vector<std::string>& argv) {
     stop();
-    const std::vector<char*> args = argumentsOf(argv);
-    child = forkQuietly();
-    if (child < 0) throw std::runtime_error("fork");
-    if (child == 0) execOrDie(args);
-}
-
-bool BackgroundProcess::running() {
-    if (child <= 0) return false;
-    int raw = 0;
-    return waitpid(child, &raw, WNOHANG) == 0;
+    child = spawn(argv);
 }
 
 void BackgroundProcess::stop() {
-    if (child <= 0) return;
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
+    if (child > 0 && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
     child = -1;
 }
 
 int BackgroundProcess::wait(int timeoutMs) {
-    const long long deadline = nowMs() + timeoutMs;
-    while (child > 0) {
-        int raw = 0;
-        const pid_t done = waitpid(child, &raw, WNOHANG);
-        if (done == child) {
-            child = -1;
-            return statusOf(raw);
-        }
-        if (nowMs() >= deadline) return -1;
-        usleep(5000);
-    }
-    return -1;
+    const int status = child > 0 ? waitFor(child, timeoutMs) : -1;
+    if (status != -1) child = -1;
+    return status;
 }
 
 bool waitForPath(const std::string& path, int timeoutMs) {
-    const long long deadline = nowMs() + timeoutMs;
-    struct stat st {};
-    while (lstat(path.c_str(), &st) != 0) {
-        if (nowMs() >= deadline) return false;
-        usleep(2000);
-    }
-    return true;
+    return pollUntil([&] { return fileExists(path); }, timeoutMs);
 }
 
 }  // namespace zuvtest

@@ -1,6 +1,5 @@
 #pragma once
-// Running the real programs of the system from tests: a command with captured output and a
-// bound on its run time, and a background process that is killed when the test is done.
+// Programs run from tests: one with its output and a bound on its time, or one in the background.
 
 #include <sys/types.h>
 
@@ -15,8 +14,6 @@ struct ProcessResult {
     std::string out;
     std::string err;
 };
-
-// Runs argv[0] with argv; kills it after timeoutMs and reports timedOut.
 ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs = 10000);
 
 class BackgroundProcess {
@@ -28,18 +25,14 @@ public:
     BackgroundProcess& operator=(const BackgroundProcess&) = delete;
 
     void start(const std::vector<std::string>& argv);
-    bool running();
-    // Kills the process (SIGKILL) if it still runs and reaps it.
-    void stop();
-    // Waits up to timeoutMs for the process to end on its own; its exit status, or -1.
-    int wait(int timeoutMs);
+    void stop();              // kills the process if it still runs, and reaps it
+    int wait(int timeoutMs);  // its exit status once it ends by itself within timeoutMs, else -1
     pid_t pid() const { return child; }
 
 private:
     pid_t child = -1;
 };
 
-// Polls until path exists; false after timeoutMs.
-bool waitForPath(const std::string& path, int timeoutMs = 5000);
+bool waitForPath(const std::string& path, int timeoutMs = 5000);  // false once timeoutMs went by
 
 }  // namespace zuvtest

@@ -5,43 +5,35 @@
 
 #include <algorithm>
 #include <fstream>
-#include <sstream>
 
 namespace zuvtest {
 
 void startFileLogging() {
     static bool started = false;
-    if (started) return;
-    writeConfig(std::string("{\"ZUVLogLocation\":\"") + kMainLog + "\",\"DebugLogLocation\":\"" + kDebugLog +
-                "\",\"EnableDebugLog\":true,\"LoggingLevel\":\"Info\"}");
-    zuvLogger::getInstance();
-    started = true;
+    if (!started)
+        writeConfig(std::string("{\"ZUVLogLocation\":\"") + kMainLog + "\",\"DebugLogLocation\":\"" + kDebugLog +
+                    "\",\"EnableDebugLog\":true,\"LoggingLevel\":\"Info\"}");
+    started = zuvLogger::getInstance() != nullptr;
 }
 
 void clearLogs() {
-    std::ofstream(kMainLog, std::ios::trunc);
-    std::ofstream(kDebugLog, std::ios::trunc);
+    for (const char* file : {kMainLog, kDebugLog}) std::ofstream(file, std::ios::trunc);
 }
 
 std::vector<std::string> logMessages(const char* file, const std::string& tag, const std::string& level) {
     std::vector<std::string> found;
     std::ifstream in(file);
     const std::string marker = " " + tag + ": ";
-    const std::string levelMarker = "[" + level + "]";
     for (std::string line; std::getline(in, line);) {
         const size_t at = line.find(marker);
-        if (at == std::string::npos) continue;
-        if (!level.empty() && line.substr(0, at).find(levelMarker) == std::string::npos) continue;
-        found.push_back(line.substr(at + marker.size()));
+        if (at != std::string::npos && line.substr(0, at).find("[" + level) != std::string::npos)
+            found.push_back(line.substr(at + marker.size()));
     }
     return found;
 }
 
 bool logHolds(const char* file, const std::string& text) {
-    std::ifstream in(file);
-    std::stringstream all;
-    all << in.rdbuf();
-    return all.str().find(text) != std::string::npos;
+    return fileExists(file) && readFile(file).find(text) != std::string::npos;
 }
 
 size_t countMessage(const std::vector<std::string>& messages, const std::string& text) {

@@ -1,210 +1,58 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
+// Fibre Channel names: the topology and name scans of the localcli listings, their look-ups and
+// print-outs, and the PCI text of a storage adapter.
+#include "hostTestFixture.h"
 
-#include <string>
-#include <vector>
-
-#include "sim/hosttools/zuvFakeHostTools.h"
-#include "utils/zuvUtils.h"
-#include "utilsTestLog.h"
-#include "zuvSandbox.h"
-
-using utilstest::debugMessages;
-using utilstest::hasMessage;
-using utilstest::mainMessagesAt;
-using Fields = std::vector<std::string>;
-
-namespace {
-const char* const kTopologyScratch = "/opt/kelzuv/tmp/fc_topology.txt";
-const char* const kNameScratch = "/opt/kelzuv/tmp/fc_name.txt";
-
-bool pathExists(const char* path) {
-    struct stat status {};
-    return lstat(path, &status) == 0;
-}
-
-const char* const kPciListing =
-    "0000:03:00.0\n"
-    "   Address: 0000:03:00.0\n"
-    "   Segment: 0x0000\n"
-    "   VMkernel Name: vmhba1\n"
-    "0000:04:00.0\n"
-    "   Address: 0000:04:00.0\n"
-    "   VMkernel Name: \n"
-    "0000:05:00.0\n"
-    "   Address: 0000:05:00.0\n"
-    "   VMkernel Name: vmhba2\n"
-    "0000:06:00.0\n"
-    "   Address: 0000:06:00.0\n"
-    "   VMkernel Name: hba3\n";  // no " v": not seen
-}  // namespace
-
-class UtilsFibreChannel : public ::testing::Test {
-protected:
-    void SetUp() override {
-        utilstest::startLogging();
-        utilstest::clearLogs();
-        zuvtest::makeDirectories("/opt/kelzuv/tmp");
-        zuvUtils::fcTopologyMap.clear();
-        zuvUtils::fcNameMap.clear();
-    }
-    void TearDown() override {
-        zuvUtils::fcTopologyMap.clear();
-        zuvUtils::fcNameMap.clear();
-    }
-    std::string pci(const std::string& name) { return utils.getFcPciAddress(name); }
-    zuvsim::FakeHostTools tools{ZUV_SOURCE_DIR};
-    zuvUtils utils;
-};
-
-TEST_F(UtilsFibreChannel, TopologyPairsTheLastAddressWithTheNextName) {
-    tools.answer("localcli", "hardware pci list", kPciListing);
-    utils.collectFcTopology();
-    ASSERT_EQ(zuvUtils::fcTopologyMap.size(), 2u);
-    EXPECT_EQ(pci("vmhba1"), "0000:03:00.0");
-    EXPECT_EQ(pci("vmhba2"), "0000:05:00.0");  // the address of the device with an empty name is replaced
-    EXPECT_EQ(utils.getFcTopologyEntry("vmhba2").location, "vmhba2");
-    EXPECT_EQ(pci("hba3"), "NotAvailable");
-    EXPECT_FALSE(pathExists(kTopologyScratch));
-    const std::vector<std::string> expected = {"-----Printing FcGEoID PCIe location map-----",
-                                               "vmhba1       0000:03:00.0        vmhba1",
-                                               "vmhba2       0000:05:00.0        vmhba2"};
-    EXPECT_EQ(debugMessages(), expected);
-}
-
-TEST_F(UtilsFibreChannel, RepeatedTopologyScanReplacesValuesAndKeepsGoneDevices) {
-    tools.answer("localcli", "hardware pci list", kPciListing);
-    utils.collectFcTopology();
-    tools.answer("localcli", "hardware pci list", "   Address: 0000:0a:00.0\n   VMkernel Name: vmhba2\n");
-    utils.collectFcTopology();
-    EXPECT_EQ(pci("vmhba1"), "0000:03:00.0");
-    EXPECT_EQ(pci("vmhba2"), "0000:0a:00.0");
-}
-
-TEST_F(UtilsFibreChannel, TopologyReadsLinesLongerThanAnyBufferAndAFileWithoutFinalFeed) {
-    const std::string longAddress(5000, 'f');
-    tools.answer("localcli", "hardware pci list", "   Address: " + longAddress + "\n   VMkernel Name: vmhba4");
-    utils.collectFcTopology();
-    EXPECT_EQ(pci("vmhba4"), longAddress);
-}
-
-TEST_F(UtilsFibreChannel, TopologyFailuresLeaveTheMapAndTheirMessages) {
-    zuvUtils::fcTopologyMap["vmhba9"] = {"0000:09:00.0", "vmhba9"};
-    // First kept line isn't an address line: nothing is read.
-    tools.answer("localcli", "hardware pci list", "   VMkernel Name: vmhba1\n   Address: 0000:03:00.0\n");
-    utils.collectFcTopology();
-    EXPECT_TRUE(hasMessage(debugMessages(), "Unable to find FC topology information."));
-    EXPECT_TRUE(hasMessage(debugMessages(), "-----Printing FcGEoID PCIe location map-----"));
-    // Nothing for grep to keep, and a failing tool.
-    tools.answer("localcli", "hardware pci list", "0000:03:00.0\n   Segment: 0x0000\n");
-    utils.collectFcTopology();
-    tools.fail("localcli", "hardware pci list", 1);
-    utils.collectFcTopology();
-    EXPECT_EQ(utilstest::countMessage(mainMessagesAt("ERROR"), "Error occurred in gathering FC topology information."),
-              2u);
-    EXPECT_EQ(zuvUtils::fcTopologyMap.size(), 1u);
-    EXPECT_FALSE(pathExists(kTopologyScratch));
-}
-
-TEST_F(UtilsFibreChannel, ScratchFilesNeverWriteThroughAPlantedLinkOrAddToALeftOver) {
-    zuvtest::writeFile("/opt/kelzuv/victim", "precious\n");
-    ASSERT_EQ(symlink("/opt/kelzuv/victim", kTopologyScratch), 0);
-    zuvtest::writeFile(kNameScratch, "   Adapter: vmhba1\n   Node Name: 10:00:00:00:00:00:00:99\n");
-    tools.answer("localcli", "hardware pci list", kPciListing);
-    tools.answer("localcli", "storage san fc list", "   Adapter: vmhba2\n   Node Name: 20:00:00:00:c9:00:00:02\n");
-    utils.collectFcTopology();
-    utils.collectFcNames();
-    EXPECT_EQ(zuvtest::readFile("/opt/kelzuv/victim"), "precious\n");
-    EXPECT_EQ(pci("vmhba1"), "0000:03:00.0");
-    EXPECT_EQ(utils.getFcAdapterForNodeName("10:00:00:00:00:00:00:99"), "NotAvailable");
-    EXPECT_EQ(utils.getFcAdapterForNodeName("20:00:00:00:c9:00:00:02"), "vmhba2");
-    EXPECT_FALSE(pathExists(kTopologyScratch));
-    EXPECT_FALSE(pathExists(kNameScratch));
-}
-
-TEST_F(UtilsFibreChannel, NamesKeepOnlyAdaptersOfTheTopology) {
-    tools.answer("localcli", "hardware pci list", kPciListing);
-    utils.collectFcTopology();
-    utilstest::clearLogs();
-    tools.answer("localcli", "storage san fc list",
-                 "vmhba2\n"
-                 "   Adapter: vmhba2\n"
-                 "   Node Name: 20:00:00:00:c9:00:00:02\n"
-                 "   Port Name: 10:00:00:00:c9:00:00:02\n"
-                 "   Adapter: vmhba7\n"  // unknown to the topology
-                 "   Node Name: 20:00:00:00:c9:00:00:07\n"
-                 "   Node Name:\n"  // ends at its colon: empty
-                 "   Adapter: vmhba1\n"
-                 "   Node Name: 20:00:00:00:c9:00:00:01\n");
-    utils.collectFcNames();
-    EXPECT_EQ(zuvUtils::fcNameMap, (std::map<std::string, std::string>{{"20:00:00:00:c9:00:00:01", "vmhba1"},
-                                                                       {"20:00:00:00:c9:00:00:02", "vmhba2"}}));
-    EXPECT_EQ(utils.getFcAdapterForNodeName("20:00:00:00:c9:00:00:07"), "NotAvailable");
-    EXPECT_FALSE(pathExists(kNameScratch));
-    const std::vector<std::string> expected = {"-----Printing FcNameMap-----", "20:00:00:00:c9:00:00:01       vmhba1",
-                                               "20:00:00:00:c9:00:00:02       vmhba2"};
-    EXPECT_EQ(debugMessages(), expected);
-}
-
-TEST_F(UtilsFibreChannel, UnknownAdapterIsTestedAgainWithTheNextNodeName) {
-    zuvUtils::fcTopologyMap["vmhba1"] = {"0000:03:00.0", "vmhba1"};
-    tools.answer("localcli", "storage san fc list",
-                 "   Adapter: vmhba7\n"
-                 "   Node Name: 20:00:00:00:c9:00:00:07\n"
-                 "   Adapter: vmhba1\n");  // still holds the node name of vmhba7
-    utils.collectFcNames();
-    EXPECT_EQ(utils.getFcAdapterForNodeName("20:00:00:00:c9:00:00:07"), "vmhba1");
-}
-
-TEST_F(UtilsFibreChannel, NameScanFailures) {
-    tools.answer("localcli", "storage san fc list", "   Adapter: vmhba2\n   Node Name: 20:00:00:00:c9:00:00:02\n");
-    utils.collectFcNames();  // empty topology: nothing stored
-    EXPECT_TRUE(zuvUtils::fcNameMap.empty());
-    zuvUtils::fcTopologyMap["vmhba2"] = {"0000:05:00.0", "vmhba2"};
-    tools.answer("localcli", "storage san fc list", "   Node Name: 20:00:00:00:c9:00:00:02\n   Adapter: vmhba2\n");
-    utils.collectFcNames();
-    EXPECT_TRUE(hasMessage(debugMessages(), "Unable to find localcli storage SAN information."));
-    EXPECT_TRUE(zuvUtils::fcNameMap.empty());
-    tools.answer("localcli", "storage san fc list", "");
-    utils.collectFcNames();
-    EXPECT_TRUE(hasMessage(mainMessagesAt("ERROR"), "Error occurred in gathering localcli storage SAN information"));
-    EXPECT_FALSE(pathExists(kNameScratch));
-}
-
-TEST_F(UtilsFibreChannel, LookUpsOfUnknownNamesAndLocationFields) {
-    EXPECT_FALSE(utils.isFcTopologyName("vmhba1"));
-    EXPECT_EQ(pci("vmhba1"), "NotAvailable");
-    EXPECT_EQ(utils.getFcTopologyEntry("vmhba1").location, "NotAvailable");
-    EXPECT_TRUE(utils.getFcLocationFields("vmhba1").empty());
-    EXPECT_EQ(utils.getFcAdapterForNodeName("x"), "NotAvailable");
-    zuvUtils::fcTopologyMap["geo"] = {"0000:03:00.0", "r001i02s03"};
-    zuvUtils::fcTopologyMap["vmhba1"] = {"0000:04:00.0", "vmhba1"};
-    EXPECT_TRUE(utils.isFcTopologyName("geo"));
-    EXPECT_FALSE(utils.isFcTopologyName("vmhba2"));
-    EXPECT_EQ(utils.getFcLocationFields("geo"), (Fields{"001", "02", "03"}));
-    EXPECT_EQ(utils.getFcLocationFields("vmhba1"), (Fields{"vmhba1", "vmhba1", "vmhba1"}));
-    EXPECT_TRUE(utils.getFcLocationFields("vmhba2").empty());
-}
-
-TEST_F(UtilsFibreChannel, AdapterPciStringIsTheFirstParenthesisedText) {
-    tools.answer("localcli", "storage core adapter list",
-                 "HBA Name  Driver    Link State  UID          Capabilities  Description\n"
-                 "vmhba0    vmw_ahci  link-n/a    sata.vmhba0                (0000:00:17.0) Intel SATA\n"
-                 "vmhba10   lpfc      link-up     fc.2000      Second Level  (0000:0a:00.0) Emulex\n"
-                 "vmhba1    lpfc      link-up     fc.2001      Second Level  (0000:03:00.0) Emulex\n"
-                 "vmhba2    lpfc      link-up     fc.2002      no parentheses\n");
-    struct Case {
-        const char* adapter;
-        const char* expected;
-    } cases[] = {
-        {"vmhba0", "0000:00:17.0"}, {"VMHBA0", "0000:00:17.0"},  // case-insensitive
-        {"vmhba1", "0000:0a:00.0"},                              // vmhba10 comes first
-        {"vmhba2", "unchanged"},    {"vmhba5", "unchanged"},
+TEST_F(HostTest, ScansPairTheirLabelledLinesAndKeepWhatTheyFound) {
+    const auto maps = [] {
+        std::string text;
+        for (const auto& [name, entry] : zuvUtils::fcTopologyMap)
+            text += name + "=" + entry.pciAddress + "/" + entry.location + " ";
+        for (const auto& [node, adapter] : zuvUtils::fcNameMap) text += node + "=" + adapter + " ";
+        return text + ".";
     };
-    for (const Case& c : cases) {
-        std::string pciString = "unchanged";
-        EXPECT_EQ(utils.getAdapterPciString(c.adapter, pciString), 1);
-        EXPECT_EQ(pciString, c.expected) << c.adapter;
+    tools.answer("localcli", "storage san fc list", "Adapter: vmhba2\nNode Name: 20:02\n");
+    utils.collectFcNames();
+    EXPECT_EQ(maps(), ".");  // without a topology no name is kept
+    // scan | localcli's output (grep keeps the labelled lines) | both maps afterwards | lines logged
+    for (const Lines& row : table(R"(
+topology | 0000:03:00.0\n   Address: 0000:03:00.0\n   VMkernel Name: vmhba1\nAddress: 0000:04:00.0\nVMkernel Name: \nAddress: 0000:05:00.0\nVMkernel Name: vmhba2\nAddress: 0000:06:00.0\nVMkernel Name: hba3\n | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:05:00.0/vmhba2 . | DEBUG ZUV_UTILS: -----Printing FcGEoID PCIe location map----- | DEBUG ZUV_UTILS: vmhba1       0000:03:00.0        vmhba1
+topology | Address: 0000:0a:00.0\nVMkernel Name: vmhba2\n | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:0a:00.0/vmhba2 .
+topology | VMkernel Name: vmhba7\nAddress: 0000:07:00.0\n | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:0a:00.0/vmhba2 . | DEBUG ZUV_UTILS: Unable to find FC topology information.
+topology | Segment: 0x0000\n | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:0a:00.0/vmhba2 . | ERROR ZUV_UTILS: Error occurred in gathering FC topology information.
+names | Adapter: vmhba2\nNode Name: 20:02\nPort Name: 1\nAdapter: vmhba7\nNode Name: 20:07\nNode Name:\nAdapter: vmhba1\nNode Name: 20:01\n | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:0a:00.0/vmhba2 20:01=vmhba1 20:02=vmhba2 . | DEBUG ZUV_UTILS: -----Printing FcNameMap----- | DEBUG ZUV_UTILS: 20:02       vmhba2
+names | Adapter: vmhba7\nNode Name: 20:07\nAdapter: vmhba1\n | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:0a:00.0/vmhba2 20:01=vmhba1 20:02=vmhba2 20:07=vmhba1 .
+names | Node Name: 20:09\nAdapter: vmhba2\n | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:0a:00.0/vmhba2 20:01=vmhba1 20:02=vmhba2 20:07=vmhba1 . | DEBUG ZUV_UTILS: Unable to find localcli storage SAN information.
+names | "" | vmhba1=0000:03:00.0/vmhba1 vmhba2=0000:0a:00.0/vmhba2 20:01=vmhba1 20:02=vmhba2 20:07=vmhba1 . | ERROR ZUV_UTILS: Error occurred in gathering localcli storage SAN information
+)")) {
+        tools.answer("localcli", row[0] == "topology" ? "hardware pci list" : "storage san fc list", row[1]);
+        zuvtest::clearLogs(), row[0] == "topology" ? utils.collectFcTopology() : utils.collectFcNames();
+        check(row, maps(), 2);
     }
+    EXPECT_EQ(utils.getFcPciAddress("vmhba2") + utils.getFcAdapterForNodeName("20:07"), "0000:0a:00.0vmhba1");
+    EXPECT_EQ(utils.getFcPciAddress("a") + utils.getFcTopologyEntry("a").location + utils.getFcAdapterForNodeName("a"),
+              "NotAvailableNotAvailableNotAvailable");
+    EXPECT_TRUE(utils.isFcTopologyName("vmhba1") && !utils.isFcTopologyName("a") &&
+                utils.getFcLocationFields("a").empty());
+    zuvUtils::fcTopologyMap["geo"] = {"0000:03:00.0", "r001i02s03"};
+    EXPECT_EQ(utils.getFcLocationFields("geo"), (Lines{"001", "02", "03"}));
+    EXPECT_EQ(utils.getFcLocationFields("vmhba1"), (Lines{"vmhba1", "vmhba1", "vmhba1"}));
+    zuvUtils::fcTopologyMap.clear();
+    EXPECT_FALSE(utils.isFcTopologyName("vmhba1"));
+}
+
+TEST_F(HostTest, AdapterPciStringIsTheFirstParenthesisedTextOfTheAdapterLines) {
+    tools.answer("localcli", "storage core adapter list",
+                 "HBA Name  Description\nvmhba0    (0000:00:17.0) SATA\nvmhba10   (0000:0a:00.0) FC\nvmhba1    "
+                 "(0000:03:00.0) FC\n"
+                 "vmhba2    no parentheses\nvmhba3    ) before (0000:0b:00.0\n");
+    // adapter | the result, PCI text (kept before): vmhba10 comes before vmhba1
+    for (const Lines& row : table(R"(
+vmhba0 | 1,0000:00:17.0
+VMHBA0 | 1,0000:00:17.0
+vmhba1 | 1,0000:0a:00.0
+vmhba2 | 1,kept
+vmhba5 | 1,kept
+vmhba3 | 1,0000:0b:00.0\n
+)"))
+        check(row, run("adapter:" + row[0]));
 }

@@ -1,152 +1,61 @@
-#include <gtest/gtest.h>
-#include <regex.h>
-
-#include <string>
-#include <vector>
-
+// GeoIDs: the search in PCI designations, the map by PCI address, and the decoder that the
+// platform picks once per process.
+#include "hostTestFixture.h"
 #include "platform/zuvPlatformCode.h"
-#include "utils/zuvGeoIdExpressions.h"
-#include "utils/zuvUtils.h"
-#include "utilsTestLog.h"
 #include "zuvChild.h"
 
-using utilstest::countMessage;
-using utilstest::debugMessages;
-using utilstest::hasMessage;
-using utilstest::mainMessagesAt;
+class UtilsGeoId : public HostTest {};
 
-namespace {
-
-std::string join(const std::vector<std::string>& fields) {
-    std::string text;
-    for (const std::string& f : fields) text += (text.empty() ? "" : ",") + f;
-    return text;
-}
-
-// The decoder is compiled once per process, so each platform is played in a child.
-std::string decodeOnPlatform(int32_t platform, const std::vector<std::string>& addresses) {
-    return zuvtest::inChild([&] {
-               storeCachedPlatformCode(platform);
-               zuvUtils::geoIdLocationMap = {{"0000:01:00.0", "r001u02p3i04"},
-                                             {"0000:02:00.0", "r001i02s03"},
-                                             {"0000:03:00.0", "r001i02s03x"},
-                                             {"0000:04:00.0", "r001u02p3o4"}};
-               std::string out;
-               for (const std::string& address : addresses) out += "[" + join(zuvUtils().decodeGeoId(address)) + "]";
-               return out + (zuvUtils::geoIdRegexReady ? " ready" : " not-ready");
-           })
-        .text;
-}
-
-}  // namespace
-
-class UtilsGeoId : public ::testing::Test {
-protected:
-    void SetUp() override {
-        utilstest::startLogging();
-        utilstest::clearLogs();
-        zuvUtils::geoIdLocationMap.clear();
-    }
-    void TearDown() override { zuvUtils::geoIdLocationMap.clear(); }
-    zuvUtils utils;
-};
-
-TEST_F(UtilsGeoId, DesignationGivesTheFirstType2GeoIdAtWordBoundaries) {
-    struct Case {
-        const char *designation, *expected;
-    } cases[] = {
-        {"PCIe Slot r001u02p3i04 x8", "r001u02p3i04"},
-        {"r001u02p3i04", "r001u02p3i04"},
-        {"Slot r001u02p3i04a", ""},  // boundary fails behind
-        {"Slot _r001u02p3i04", ""},  // boundary fails in front
-        {"A r001u02p3i04 B r999u99p9i99", "r001u02p3i04"},
-        {"B r999u99p9i99,r001u02p3i04", "r999u99p9i99"},
-        {"Slot r001i02s03", ""},  // type 1 isn't looked for
-        {"Slot r001u02p3x4y05", ""},
-        {"", ""},
-    };
-    for (const Case& c : cases) EXPECT_EQ(utils.getGeoIdFromDesignation(c.designation), c.expected) << c.designation;
-    EXPECT_TRUE(hasMessage(debugMessages(), "Error detecting GeoId : No match"));
-}
-
-TEST_F(UtilsGeoId, LookUpGivesNotAvailableForUnknownAddresses) {
+TEST_F(UtilsGeoId, DesignationGivesTheFirstType2GeoIdBetweenWordBoundaries) {
+    for (const Lines& row : table(R"(
+PCIe Slot r001u02p3i04 x8 | r001u02p3i04
+B r999u99p9i99,r001u02p3i04 | r999u99p9i99
+Slot r001u02p3i04a | ""
+Slot _r001u02p3i04 | ""
+Slot r001i02s03 | "" | DEBUG ZUV_UTILS: Error detecting GeoId : No match
+)"))
+        check(row, utils.getGeoIdFromDesignation(row[0]));
     EXPECT_EQ(utils.getGeoIdForPciAddress("0000:01:00.0"), "NotAvailable");
-    EXPECT_TRUE(utils.decodeGeoId("0000:01:00.0").empty());
-    EXPECT_TRUE(hasMessage(debugMessages(), "GeoID not available for PCI address [0000:01:00.0]."));
-    zuvUtils::geoIdLocationMap["0000:01:00.0"] = "r001u02p3i04";
-    EXPECT_EQ(utils.getGeoIdForPciAddress("0000:01:00.0"), "r001u02p3i04");
-    EXPECT_EQ(utils.getGeoIdForPciAddress("0000:01:00.1"), "NotAvailable");
-    EXPECT_EQ(utils.getGeoIdForPciAddress("01:00.0"), "NotAvailable");
-}
-
-TEST_F(UtilsGeoId, DecodingFollowsThePlatformsExpression) {
-    const std::vector<std::string> all = {"0000:01:00.0", "0000:02:00.0", "0000:03:00.0", "0000:04:00.0"};
-    EXPECT_EQ(decodeOnPlatform(2, all), "[001,02,3,04][][][] ready");
-    EXPECT_EQ(decodeOnPlatform(1, all), "[][001,02,03][][] ready");
-    EXPECT_EQ(decodeOnPlatform(0, all), "[][001,02,03][][] ready");
-    bool mismatchLogged = false;
-    for (const std::string& m : debugMessages())
-        mismatchLogged |= m.rfind("Error decoding GeoID [r001i02s03x]: [1] - [", 0) == 0;
-    EXPECT_TRUE(mismatchLogged);
-}
-
-TEST_F(UtilsGeoId, PlatformWithoutDecoderWarnsAtEveryCallAndNeverCompiles) {
-    const std::vector<std::string> twice = {"0000:01:00.0", "0000:01:00.0"};
-    EXPECT_EQ(decodeOnPlatform(4, twice), "[][] not-ready");
-    EXPECT_EQ(countMessage(mainMessagesAt("WARNING"),
-                           "Failed to decode GeoID [r001u02p3i04]: Unknown or unsupported platform type."),
-              2u);
-}
-
-TEST_F(UtilsGeoId, FirstCompiledDecoderServesTheWholeProcess) {
-    const std::string text = zuvtest::inChild([] {
-                                 zuvUtils::geoIdLocationMap = {{"a", "r001u02p3i04"}, {"b", "r001i02s03"}};
-                                 storeCachedPlatformCode(2);
-                                 const std::string first = join(zuvUtils().decodeGeoId("a"));
-                                 storeCachedPlatformCode(1);  // too late: the decoder is fixed
-                                 return first + "|" + join(zuvUtils().decodeGeoId("a")) + "|" +
-                                        join(zuvUtils().decodeGeoId("b")) + "|" + zuvUtils::geoIdRegexText;
-                             }).text;
-    EXPECT_EQ(text, std::string("001,02,3,04|001,02,3,04||") + zuvGeoIdExpressions::decodeType2);
-}
-
-TEST_F(UtilsGeoId, SearchExpressionsFindEachFormInsideText) {
-    struct Case {
-        int32_t type;
-        const char* geoId;
-        std::vector<std::string> fields;
-    } cases[] = {
-        {1, "r001i02s03", {"001", "02", "03"}},
-        {2, "r001u02p3i04", {"001", "02", "3", "04"}},
-        {4, "r001u02p3o4", {"001", "02", "3", "4"}},
-        {5, "r001u02p3x4y05", {"001", "02", "3", "4", "05"}},
-        {6, "r001u02p3i04x5y06", {"001", "02", "3", "04", "5", "06"}},
-    };
-    ASSERT_EQ(sizeof zuvGeoIdExpressions::forms / sizeof zuvGeoIdExpressions::forms[0], 5u);
-    for (size_t i = 0; i < 5; ++i) {
-        const Case& c = cases[i];
-        const zuvGeoIdForm& form = zuvGeoIdExpressions::forms[i];
-        EXPECT_EQ(form.type, c.type);
-        EXPECT_EQ(static_cast<size_t>(form.length), std::string(c.geoId).size());
-        EXPECT_EQ(std::string(form.mask).size(), std::string(c.geoId).size());
-        EXPECT_EQ(static_cast<size_t>(form.fieldCount), c.fields.size());
-        regex_t compiled;
-        ASSERT_EQ(regcomp(&compiled, form.expression, REG_EXTENDED), 0) << form.expression;
-        const std::string text = std::string("slot ") + c.geoId + " x16";
-        regmatch_t m[8];
-        ASSERT_EQ(regexec(&compiled, text.c_str(), 8, m, 0), 0) << c.geoId;
-        EXPECT_EQ(text.substr(m[1].rm_so, m[1].rm_eo - m[1].rm_so), c.geoId);
-        for (size_t f = 0; f < c.fields.size(); ++f)
-            EXPECT_EQ(text.substr(m[f + 2].rm_so, m[f + 2].rm_eo - m[f + 2].rm_so), c.fields[f]) << c.geoId;
-        EXPECT_NE(regexec(&compiled, (std::string(c.geoId) + "x").c_str(), 8, m, 0), 0) << c.geoId;
-        regfree(&compiled);
-    }
-}
-
-TEST_F(UtilsGeoId, PrintOutListsTheMapInKeyOrder) {
     zuvUtils::geoIdLocationMap = {{"0000:02:00.0", "r001i02s03"}, {"0000:01:00.0", "r001u02p3i04"}};
-    utils.printGeoIdMap();
-    const std::vector<std::string> expected = {"-----Printing GEoID PCIe location map-----",
-                                               "0000:01:00.0       r001u02p3i04", "0000:02:00.0       r001i02s03"};
-    EXPECT_EQ(debugMessages(), expected);
+    EXPECT_EQ(join({utils.getGeoIdForPciAddress("0000:01:00.0"), utils.getGeoIdForPciAddress("01:00.0")}),
+              "r001u02p3i04,NotAvailable");
+    zuvtest::clearLogs(), utils.printGeoIdMap();
+    EXPECT_EQ(logged(), (Lines{"DEBUG ZUV_UTILS: -----Printing GEoID PCIe location map-----",
+                               "DEBUG ZUV_UTILS: 0000:01:00.0       r001u02p3i04",
+                               "DEBUG ZUV_UTILS: 0000:02:00.0       r001i02s03"}));
+}
+
+TEST_F(UtilsGeoId, DecoderOfThePlatformIsCompiledOnceAndServesTheWholeProcess) {
+    // platform codes set in turn, in a child | fields of five addresses, a decoder ready | lines logged
+    for (const Lines& row : table(R"(
+2 | [001,02,3,04][][][][] ready | DEBUG ZUV_UTILS: GeoID not available for PCI address [none].
+1 | [][001,02,03][][][] ready | DEBUG ZUV_UTILS: Error decoding GeoID [r001i02s03x]: [1] - [No match]
+0 | [][001,02,03][][][] ready
+4 4 | [][][][][][][][][][] not ready | WARNING ZUV_UTILS: Failed to decode GeoID [r001u02p3i04]: Unknown or unsupported platform type.
+2 1 | [001,02,3,04][][][][][001,02,3,04][][][][] ready
+-1 | [!][!][!][!][] not ready
+)")) {
+        zuvtest::clearLogs();
+        check(
+            row,
+            zuvtest::inChild([&row = row] {
+                zuvUtils::geoIdLocationMap = {{"0000:01:00.0", "r001u02p3i04"},
+                                              {"0000:02:00.0", "r001i02s03"},
+                                              {"0000:03:00.0", "r001i02s03x"},
+                                              {"0000:04:00.0", "r001u02p3o4"}};
+                std::istringstream platforms(row[0]);
+                std::string out;
+                for (int32_t platform; platforms >> platform;) {
+                    storeCachedPlatformCode(platform);
+                    for (const char* address : {"0000:01:00.0", "0000:02:00.0", "0000:03:00.0", "0000:04:00.0", "none"})
+                        try {
+                            out += "[" + join(zuvUtils().decodeGeoId(address)) + "]";
+                        } catch (const std::runtime_error&) {  // the platform can't be read: it passes
+                            out += "[!]";
+                        }
+                }
+                const bool unlocked = zuvUtils::geoIdRegexMutex.try_lock();  // also after an exception
+                return out + (zuvUtils::geoIdRegexReady ? " ready" : " not ready") + (unlocked ? "" : " locked");
+            }).text);
+    }
 }

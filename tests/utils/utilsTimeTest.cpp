@@ -1,199 +1,70 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
+// The time texts of the present, the time stamp parser, and boot and shutdown times from the
+// host's summary log.
+#include "hostTestFixture.h"
 
-#include <cstdlib>
-#include <ctime>
-#include <stdexcept>
-#include <string>
-
-#include "utils/zuvUtils.h"
-#include "utilsTestLog.h"
-#include "zuvSandbox.h"
-
-using utilstest::debugMessages;
-using utilstest::hasMessage;
-using utilstest::mainMessagesAt;
-
-namespace {
-const char* const kSummaryLog = "/var/log/vmksummary.log";
-const char* const kScratch = "/tmp/zuvboot.log";
-
-bool pathExists(const char* path) {
-    struct stat status {};
-    return lstat(path, &status) == 0;
-}
-
-// 2020-03-04T05:06:07Z in UTC.
-constexpr time_t kMarch4 = 1583298367;
-}  // namespace
-
-class UtilsTime : public ::testing::Test {
-protected:
-    void SetUp() override {
-        utilstest::startLogging();
-        utilstest::clearLogs();
-        setenv("TZ", "UTC", 1);
-        tzset();
-        unlink(kSummaryLog);
-        unlink(kScratch);
+TEST_F(HostTest, TimeTextsOfThePresentAndTheParser) {
+    // time now | zone | short form, UTC, local, ctime text, zone name
+    for (const Lines& row : table(R"(
+1583298367 | UTC0 | Mar 4 05:06:07,2020-03-04T05:06:07Z,2020-03-04 05:06:07,Wed Mar  4 05:06:07 2020,UTC
+1584162367 | ZZZ-12 | Mar 14 17:06:07,2020-03-14T05:06:07Z,2020-03-14 17:06:07,Sat Mar 14 17:06:07 2020,ZZZ
+1609545609 | EST5 | Jan 1 19:00:09,2021-01-02T00:00:09Z,2021-01-01 19:00:09,Fri Jan  1 19:00:09 2021,EST
+)")) {
+        fixedNow = std::stoll(row[0]), setenv("TZ", row[1].c_str(), 1), tzset();
+        check(row,
+              utils.currentShortTimestamp() + "," + utils.currentUtcTimestamp() + "," + utils.currentLocalTimestamp() +
+                  "," + os.getCurrentTimeString() + "," + getTimeZoneName(),
+              2);
     }
-    zuvUtils utils;
-};
-
-TEST_F(UtilsTime, ParseTimestampReadsFixedPositions) {
-    struct Case {
-        const char* text;
-        time_t expected;
-    } cases[] = {
-        {"2020-03-04T05:06:07Z", kMarch4},
-        {"2020/03/04 05:06:07!", kMarch4},                // separators aren't looked at
-        {"2020-03-04T05:06:07.123456+01:00", kMarch4},    // nor what follows position 19
-        {"2020-13-04T05:06:07Z", kMarch4 + 306 * 86400},  // month 13 normalised into 2021
-        {"2020-03-04T05:06:07", 0},                       // 19 characters
-        {"", 0},
-    };
-    for (const Case& c : cases) EXPECT_EQ(utils.parseTimestamp(c.text), c.expected) << c.text;
-    EXPECT_TRUE(hasMessage(debugMessages(), "Invalid time stamp format."));
-    EXPECT_THROW(utils.parseTimestamp("2020-xx-04T05:06:07Z"), std::invalid_argument);
-    EXPECT_THROW(utils.parseTimestamp("abcd-03-04T05:06:07Z"), std::invalid_argument);
-}
-
-TEST_F(UtilsTime, TextFormsOfThePresent) {
-    // Retried until the clock stays within one second around the call.
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        const time_t before = time(nullptr);
-        const std::string shortForm = utils.currentShortTimestamp();
-        const std::string utc = utils.currentUtcTimestamp();
-        const std::string local = utils.currentLocalTimestamp();
-        if (time(nullptr) != before) continue;
-        struct tm now {};
-        localtime_r(&before, &now);
-        char expected[64];
-        strftime(expected, sizeof expected, "%b ", &now);
-        std::string expectedShort = std::string(expected) + std::to_string(now.tm_mday);
-        strftime(expected, sizeof expected, " %H:%M:%S", &now);
-        expectedShort += expected;
-        EXPECT_EQ(shortForm, expectedShort);
-        strftime(expected, sizeof expected, "%FT%TZ", gmtime_r(&before, &now));
-        EXPECT_EQ(utc, expected);
-        strftime(expected, sizeof expected, "%F %T", localtime_r(&before, &now));
-        EXPECT_EQ(local, expected);
-        return;
+    // text | zone | time now (its daylight flag counts) | the time ("!": std::invalid_argument) | lines logged
+    for (const Lines& row : table(R"(
+2020-03-04T05:06:07Z | UTC0 | 1700000000 | 1583298367
+2020/03/04 05:06:07!... | UTC0 | 1700000000 | 1583298367
+2020-13-04T05:06:07Z | UTC0 | 1700000000 | 1609736767
+2020-03-04T05:06:07 | UTC0 | 1700000000 | 0 | DEBUG ZUV_UTILS: Invalid time stamp format.
+2020-03-04T06:06:07Z | CET-1CEST,M3.5.0,M10.5.0/3 | 1700000000 | 1583298367
+2020-03-04T06:06:07Z | CET-1CEST,M3.5.0,M10.5.0/3 | 1593666367 | 1583294767
+2020-xx-04T05:06:07Z | UTC0 | 1700000000 | !
+abcd-03-04T05:06:07Z | UTC0 | 1700000000 | !
+)")) {
+        fixedNow = std::stoll(row[2]), setenv("TZ", row[1].c_str(), 1), tzset();
+        std::string time = "!";
+        try {
+            time = std::to_string(utils.parseTimestamp(row[0]));
+        } catch (const std::invalid_argument&) {
+        }
+        check(row, time, 3);
     }
-    FAIL() << "the clock never held still for one second";
-}
-
-TEST_F(UtilsTime, TimespecDifferenceBorrowsASecond) {
     struct timespec result {};
     utils.timespecDifference({5, 100}, {3, 200}, result);
-    EXPECT_EQ(result.tv_sec, 1);
-    EXPECT_EQ(result.tv_nsec, 999999900);
-    utils.timespecDifference({5, 300}, {3, 200}, result);
-    EXPECT_EQ(result.tv_sec, 2);
-    EXPECT_EQ(result.tv_nsec, 100);
+    EXPECT_EQ(result.tv_sec * 1000000000 + result.tv_nsec, 1999999900);
 }
 
-TEST_F(UtilsTime, BootTimesComeFromTheLastTwoBootLines) {
-    struct Case {
-        const char* log;  // nullptr: no summary log at all
-        time_t expectedLast, expectedPrevious;
-    } cases[] = {
-        {"2020-03-01T00:00:00Z bootstop: Host has booted\n"
-         "2020-03-02T00:00:00Z bootstop: Host is rebooting\n"
-         "2020-03-03T00:00:00Z bootstop: Host has booted\n"
-         "2020-03-04T05:06:07Z bootstop: Host has booted\n",
-         kMarch4, kMarch4 - 86400 - 5 * 3600 - 6 * 60 - 7},
-        {"2020-03-04T05:06:07Z bootstop: Host has booted", kMarch4, 0},  // no final line feed
-        {"2020-03-02T00:00:00Z bootstop: Host is rebooting\n", 77, 0},
-        {"", 77, 0},
-        {nullptr, 77, 0},
-    };
-    for (const Case& c : cases) {
-        unlink(kSummaryLog);
-        if (c.log) zuvtest::writeFile(kSummaryLog, c.log);
-        time_t last = 77, previous = 88;
-        EXPECT_EQ(utils.getBootTimes(&last, &previous), 0);
-        EXPECT_EQ(last, c.expectedLast) << (c.log ? c.log : "no log");
-        EXPECT_EQ(previous, c.expectedPrevious) << (c.log ? c.log : "no log");
-        EXPECT_FALSE(pathExists(kScratch));
+TEST_F(HostTest, BootAndShutdownTimesComeFromTheLastLinesOfTheSummaryLog) {
+    // summary log ("none": no file) | boot times: result, last - previous | shutdown time: result, the time (7 before)
+    for (const Lines& row : table(R"(
+2020-03-01T00:00:00Z Host has booted\n2020-03-02T05:06:07Z Host is rebooting\n2020-03-03T00:00:00Z x Host has booted\n2020-03-04T05:06:07Z x: Host has booted\n | 0,104767 0,1583125567
+2020-03-04T05:06:07Z Host has booted | 0,1583298367 0,7
+2020-03-01T00:00:00Z Host is rebooting\n2020-03-04T05:06:07Z Host is rebooting\n | 0,7 0,1583298367
+none | 0,7 0,7
+2020-XX-04T05:06:07Z Host has booted\n2020-XX-04T05:06:07Z Host is rebooting | ! !
+)")) {
+        unlink("/var/log/vmksummary.log");
+        if (row[0] != "none") zuvtest::writeFile("/var/log/vmksummary.log", row[0]);
+        std::string results;
+        for (const char* op : {"boot", "shutdown"}) {
+            try {
+                results += (results.empty() ? "" : " ") + run(op);
+            } catch (const std::invalid_argument&) {
+                results += results.empty() ? "!" : " !";
+            }
+            EXPECT_FALSE(exists("/tmp/zuvboot.log")) << op;
+        }
+        check(row, results);
     }
-}
-
-TEST_F(UtilsTime, LastShutdownTimeIsTheLastRebootLine) {
-    zuvtest::writeFile(kSummaryLog,
-                       "2020-03-01T00:00:00Z bootstop: Host is rebooting\n"
-                       "2020-03-04T05:06:07Z bootstop: Host is rebooting\n"
-                       "2020-03-05T00:00:00Z bootstop: Host has booted\n");
-    time_t shutdown = 5;
-    EXPECT_EQ(utils.getLastShutdownTime(&shutdown), 0);
-    EXPECT_EQ(shutdown, kMarch4);
-    EXPECT_FALSE(pathExists(kScratch));
-
-    zuvtest::writeFile(kSummaryLog, "2020-03-05T00:00:00Z bootstop: Host has booted\n");
-    shutdown = 5;
-    EXPECT_EQ(utils.getLastShutdownTime(&shutdown), 0);
-    EXPECT_EQ(shutdown, 5);  // no reboot line: unchanged
-}
-
-TEST_F(UtilsTime, LeftOverScratchFileIsReplacedNotAddedTo) {
-    zuvtest::writeFile(kSummaryLog, "2020-03-04T05:06:07Z bootstop: Host has booted\n");
-    zuvtest::writeFile(kScratch, "2019-01-01T00:00:00Z\n2019-01-02T00:00:00Z\n");
-    time_t last = 0, previous = 0;
-    EXPECT_EQ(utils.getBootTimes(&last, &previous), 0);
-    EXPECT_EQ(last, kMarch4);
-    EXPECT_EQ(previous, 0);
-    EXPECT_FALSE(pathExists(kScratch));
-}
-
-TEST_F(UtilsTime, PlantedLinkAtTheScratchNameCannotRedirectTheOutput) {
-    zuvtest::writeFile(kSummaryLog, "2020-03-04T05:06:07Z bootstop: Host is rebooting\n");
-    zuvtest::writeFile("/tmp/victim", "precious\n");
-    ASSERT_EQ(symlink("/tmp/victim", kScratch), 0);
-    time_t shutdown = 0;
-    EXPECT_EQ(utils.getLastShutdownTime(&shutdown), 0);
-    EXPECT_EQ(shutdown, kMarch4);
-    EXPECT_EQ(zuvtest::readFile("/tmp/victim"), "precious\n");
-    EXPECT_FALSE(pathExists(kScratch));
-}
-
-TEST_F(UtilsTime, ScratchFileIsRemovedWhenABadStampThrows) {
-    zuvtest::writeFile(kSummaryLog, "2020-XX-04T05:06:07Z bootstop: Host has booted\n");
-    time_t last = 1, previous = 2;
-    EXPECT_THROW(utils.getBootTimes(&last, &previous), std::invalid_argument);
-    EXPECT_FALSE(pathExists(kScratch));
-    zuvtest::writeFile(kSummaryLog, "2020-XX-04T05:06:07Z bootstop: Host is rebooting\n");
-    EXPECT_THROW(utils.getLastShutdownTime(&last), std::invalid_argument);
-    EXPECT_FALSE(pathExists(kScratch));
-}
-
-TEST_F(UtilsTime, FailingPipelineLeavesTheTimesAndWarns) {
-    zuvtest::writeFile(kSummaryLog, "2020-03-04T05:06:07Z bootstop: Host has booted\n");
-    zuvtest::writeFile("/tmp/failing-tools/awk", "#!/bin/sh\nexit 3\n");
-    ASSERT_EQ(chmod("/tmp/failing-tools/awk", 0755), 0);
-    const std::string savedPath = getenv("PATH");
-    setenv("PATH", ("/tmp/failing-tools:" + savedPath).c_str(), 1);
-    time_t last = 1, previous = 2, shutdown = 3;
-    const int bootResult = utils.getBootTimes(&last, &previous);
-    const int shutdownResult = utils.getLastShutdownTime(&shutdown);
-    setenv("PATH", savedPath.c_str(), 1);
-    EXPECT_EQ(bootResult, -1);
-    EXPECT_EQ(shutdownResult, -1);
-    EXPECT_EQ(last, 1);
-    EXPECT_EQ(previous, 2);
-    EXPECT_EQ(shutdown, 3);
-    EXPECT_FALSE(pathExists(kScratch));
-    EXPECT_TRUE(hasMessage(mainMessagesAt("WARNING"), "Error occurred in gathering system boot time information."));
-    EXPECT_TRUE(
-        hasMessage(mainMessagesAt("WARNING"), "Error occurred in gathering system last shutdown time information."));
-}
-
-TEST_F(UtilsTime, ScratchNameThatCannotBeClearedIsAFailure) {
-    ASSERT_EQ(mkdir(kScratch, 0755), 0);  // a directory can't be unlinked or replaced
-    zuvtest::writeFile(std::string(kScratch) + "/keep", "x");
-    time_t last = 1, previous = 2;
-    EXPECT_EQ(utils.getBootTimes(&last, &previous), -1);
-    EXPECT_EQ(zuvtest::readFile(std::string(kScratch) + "/keep"), "x");
-    unlink((std::string(kScratch) + "/keep").c_str());
-    rmdir(kScratch);
+    // awk | the results | the warnings: the shutdown time's has two blanks when the file can't be read
+    for (const Lines& row : table(R"(
+exit 3 | -1,0 -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information. | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
+rm -f /tmp/zuvboot.log | -1,0 -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information. | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time  information.
+)"))
+        replaceTool("awk", row[0]), zuvtest::clearLogs(), check(row, run("boot") + " " + run("shutdown"));
 }

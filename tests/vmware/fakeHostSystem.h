@@ -1,15 +1,13 @@
 #pragma once
-// A host whose uname(), sysinfo(), getifaddrs() and sleeps a test decides. Installed for
-// the life of the object.
-
+// A host whose uname(), sysinfo(), getifaddrs() and sleeps a test decides, installed for the
+// life of the object.
 #include <arpa/inet.h>
 #include <ifaddrs.h>
-#include <netinet/in.h>
 #include <sys/sysinfo.h>
 #include <sys/utsname.h>
 
 #include <cerrno>
-#include <cstring>
+#include <cstdio>
 #include <deque>
 #include <string>
 #include <vector>
@@ -20,89 +18,56 @@ namespace vmwaretest {
 
 struct FakeInterface {
     std::string name;
-    int family;           // AF_INET, AF_INET6, or 0 for an entry without an address
-    std::string address;  // dotted IPv4 text, or IPv6 text
+    int family;  // AF_INET, another family, or 0 for an entry without an address
+    std::string address;
 };
 
 class FakeHostSystem : public zuvHostSystem {
 public:
     FakeHostSystem() { zuvSetHostSystem(this); }
     ~FakeHostSystem() override { zuvSetHostSystem(nullptr); }
-
-    int uname(struct utsname* name) override {
-        if (unameError != 0) {
-            errno = unameError;
-            return -1;
-        }
-        copy(name->sysname, sysname);
-        copy(name->nodename, nodename);
-        copy(name->release, release);
-        copy(name->version, version);
-        copy(name->machine, machine);
+    int uname(struct utsname* n) override {
+        if (unameError != 0) return errno = unameError, -1;
+        for (auto [field, text] : {std::pair{n->sysname, &sysname},
+                                   {n->nodename, &nodename},
+                                   {n->release, &release},
+                                   {n->version, &version},
+                                   {n->machine, &machine}})
+            snprintf(field, sizeof n->sysname, "%s", text->c_str());
         return 0;
     }
     int sysinfo(struct sysinfo* info) override {
-        if (sysinfoError != 0) {
-            errno = sysinfoError;
-            return -1;
-        }
         info->uptime = uptime;
-        return 0;
+        return sysinfoError != 0 ? (errno = sysinfoError, -1) : 0;
     }
     int getifaddrs(struct ifaddrs** list) override {
-        if (getifaddrsError != 0) {
-            errno = getifaddrsError;
-            return -1;
+        if (getifaddrsError != 0) return errno = getifaddrsError, -1;
+        nodes.assign(interfaces.size(), Node{});
+        *list = nullptr;
+        for (size_t i = interfaces.size(); i-- > 0; *list = &nodes[i].entry) {
+            nodes[i].entry.ifa_name = const_cast<char*>(interfaces[i].name.c_str());
+            nodes[i].entry.ifa_next = *list;
+            nodes[i].address.sin_family = static_cast<sa_family_t>(interfaces[i].family);
+            inet_pton(AF_INET, interfaces[i].address.c_str(), &nodes[i].address.sin_addr);
+            if (interfaces[i].family != 0) nodes[i].entry.ifa_addr = reinterpret_cast<sockaddr*>(&nodes[i].address);
         }
-        nodes.clear();
-        nodes.resize(interfaces.size());
-        struct ifaddrs* next = nullptr;
-        for (size_t i = interfaces.size(); i-- > 0;) {
-            Node& node = nodes[i];
-            node.name = interfaces[i].name;
-            node.entry.ifa_name = &node.name[0];
-            node.entry.ifa_next = next;
-            if (interfaces[i].family == AF_INET) {
-                node.v4.sin_family = AF_INET;
-                inet_pton(AF_INET, interfaces[i].address.c_str(), &node.v4.sin_addr);
-                node.entry.ifa_addr = reinterpret_cast<struct sockaddr*>(&node.v4);
-            } else if (interfaces[i].family == AF_INET6) {
-                node.v6.sin6_family = AF_INET6;
-                inet_pton(AF_INET6, interfaces[i].address.c_str(), &node.v6.sin6_addr);
-                node.entry.ifa_addr = reinterpret_cast<struct sockaddr*>(&node.v6);
-            }
-            next = &node.entry;
-        }
-        *list = next;
-        ++listsHandedOut;
-        return 0;
+        return ++listsHandedOut, 0;
     }
     void freeifaddrs(struct ifaddrs*) override { ++listsFreed; }
     void sleepSeconds(unsigned seconds) override { sleeps.push_back(seconds); }
 
     std::string sysname = "VMkernel", nodename = "esx01", release = "8.0.2";
     std::string version = "#1 SMP Release build-22380479", machine = "x86_64";
-    int unameError = 0;
+    int unameError = 0, sysinfoError = 0, getifaddrsError = 0, listsHandedOut = 0, listsFreed = 0;
     long uptime = 100;
-    int sysinfoError = 0;
     std::vector<FakeInterface> interfaces;
-    int getifaddrsError = 0;
-    int listsHandedOut = 0;
-    int listsFreed = 0;
     std::vector<unsigned> sleeps;
 
 private:
     struct Node {
         struct ifaddrs entry {};
-        struct sockaddr_in v4 {};
-        struct sockaddr_in6 v6 {};
-        std::string name;
+        struct sockaddr_in address {};
     };
-    template <size_t N>
-    static void copy(char (&field)[N], const std::string& text) {
-        std::strncpy(field, text.c_str(), N - 1);
-        field[N - 1] = '\0';
-    }
     std::deque<Node> nodes;
 };
 

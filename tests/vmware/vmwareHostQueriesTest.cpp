@@ -1,208 +1,178 @@
-// Host identity, paths, time texts, command runners, OS version and IPv4 addresses.
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <ctime>
-#include <exception>
-#include <stdexcept>
-#include <fcntl.h>
-#include <regex.h>
+// What both classes ask the host (they share the uname, getifaddrs, vim-cmd and pipe code), the
+// exact command line of every operation, and what a shell that can't start gives.
 #include <sys/resource.h>
-#include <unistd.h>
+#include <sys/wait.h>
 
-#include "fakeHostSystem.h"
-#include "sim/hosttools/zuvFakeHostTools.h"
-#include "vmware/zuvVMwareOSUtils.h"
-#include "vmwareTestLog.h"
+#include <csignal>
 
-namespace {
+#include "hostTestFixture.h"
 
-using vmwaretest::FakeHostSystem;
-
-bool matchesWhole(const std::string& text, const char* expression) {
-    regex_t compiled;
-    if (regcomp(&compiled, expression, REG_EXTENDED | REG_NOSUB) != 0) return false;
-    const bool matched = regexec(&compiled, text.c_str(), 0, nullptr, 0) == 0;
-    regfree(&compiled);
-    return matched;
-}
-
-class HostQueriesTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        vmwaretest::startLogging();
-        vmwaretest::clearLogs();
+// The replacement operator delete frees what the replacement operator new took from malloc.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+static size_t failFrom = 0;  // the next allocation of at least this many bytes fails (0: none does)
+void* operator new(size_t size) {
+    if (failFrom != 0 && size >= failFrom) {
+        failFrom = 0;
+        throw std::bad_alloc();
     }
-    zuvVMwareOSUtils os;
-};
-
-TEST_F(HostQueriesTest, KernelLineJoinsTheFiveUnameFieldsAndHostNameIsTheNodeName) {
-    FakeHostSystem host;
-    EXPECT_EQ(os.getKernelInfo(), "VMkernel esx01 8.0.2 #1 SMP Release build-22380479 x86_64");
-    EXPECT_EQ(os.getHostName(), "esx01");
-    host.nodename = "";
-    host.machine = "aarch64";
-    EXPECT_EQ(os.getKernelInfo(), "VMkernel  8.0.2 #1 SMP Release build-22380479 aarch64");
-    EXPECT_EQ(os.getHostName(), "");
+    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
 }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
-TEST_F(HostQueriesTest, UnameFailureGivesOneBlankAndAnErrorLine) {
-    FakeHostSystem host;
-    host.unameError = EFAULT;
-    EXPECT_EQ(os.getKernelInfo(), " ");
-    EXPECT_EQ(os.getHostName(), " ");
-    const auto lines = vmwaretest::mainMessages();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0], "uname failed with error = " + std::to_string(EFAULT));
-}
-
-TEST_F(HostQueriesTest, PathsHangOffTheInstallPath) {
-    EXPECT_EQ(os.getInstallPath(), "/opt/kelzuv");
-    EXPECT_EQ(os.getVitalFilePrefix(), "/opt/kelzuv/vital/kel");
-    EXPECT_EQ(os.getNicListPath(), "/opt/kelzuv/tmp/zuv_niclist.txt");
-    EXPECT_EQ(os.getNicAddDetailsPath(), "/opt/kelzuv/tmp/zuv_nicAddDetails.txt");
-}
-
-TEST_F(HostQueriesTest, TimeTextIsCtimeWithoutLineFeedAndZoneFollowsTZ) {
-    const std::string text = os.getCurrentTimeString();
-    EXPECT_TRUE(matchesWhole(text, "^[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{2}:[0-9]{2}:[0-9]{2} [0-9]{4}$"))
-        << text;
-    const char* saved = std::getenv("TZ");
-    const std::string savedZone = saved ? saved : "";
-    for (const auto& [tz, name] :
-         std::vector<std::pair<std::string, std::string>>{{"UTC0", "UTC"}, {"EST5", "EST"}, {"ZZZ-3", "ZZZ"}}) {
-        setenv("TZ", tz.c_str(), 1);
-        tzset();
-        EXPECT_EQ(getTimeZoneName(), name) << tz;
+TEST_F(HostTest, EveryOperationGivesTheShellItsCommandLineByteForByte) {
+    tools.installIn("/bin", "vim-cmd");
+    for (const Lines& row : table(R"(
+version => localcli system version get | grep -i Version: => localcli system version get | grep -i Product
+vmVersion => localcli system version get | grep -i Version: => localcli system version get | grep -i Product:
+topology => localcli hardware pci list | grep -e 'Address: ' -e 'VMkernel Name:'>> /opt/kelzuv/tmp/fc_topology.txt
+names => localcli storage san fc list | grep -e 'Adapter: ' -e 'Node Name:'>> /opt/kelzuv/tmp/fc_name.txt
+adapter => localcli storage core adapter list | grep -i 'vmhba1'
+boot => grep "Host has booted" /var/log/vmksummary.log | tail -2 | awk '{print $1}' >> /tmp/zuvboot.log
+shutdown => grep "Host is rebooting" /var/log/vmksummary.log | tail -1 | awk '{print $1}' >> /tmp/zuvboot.log
+ids => cat /opt/kelzuv/tmp/zuv_hwlist.txt | awk '/0000:3b:00.0/,/^$/' | grep -w 'Vendor ID:\|Device ID:' => cat /opt/kelzuv/tmp/zuv_hwlist.txt | awk '/0000:3b:00.0/,/^$/' | grep -w 'SubVendor ID:\|SubDevice ID:'
+memory => esxtop -c /opt/kelzuv/data/esxtopconf -b -n 1 >> /opt/kelzuv/tmp/zuv-mem.txt
+sync => /bin/vim-cmd hostsvc/firmware/sync_config => /bin/vim-cmd hostsvc/firmware/sync_config
+)",
+                                  " => ")) {
+        unlink("/tmp/shell.log"), run(row[0]);
+        EXPECT_EQ(linesOf("/tmp/shell.log"), Lines(row.begin() + 1, row.end())) << row[0];
     }
-    if (saved)
-        setenv("TZ", savedZone.c_str(), 1);
-    else
-        unsetenv("TZ");
-    tzset();
 }
 
-TEST_F(HostQueriesTest, RunCommandCutsLongLinesAtTheBufferAndKeepsLineFeeds) {
-    const std::string longLine(3000, 'x');
-    auto lines = os.runCommand("printf '%s\\nshort\\n' " + longLine);
-    ASSERT_EQ(lines.size(), 3u);
-    EXPECT_EQ(lines[0], std::string(2047, 'x'));
-    EXPECT_EQ(lines[1], std::string(953, 'x') + "\n");
-    EXPECT_EQ(lines[2], "short\n");
-
-    // The buffer size is the object's.
+TEST_F(HostTest, RunnersGiveTheFgetsPiecesOfTheOutputWhateverTheExitStatus) {
+    zuvtest::writeFile("/tmp/long.txt", std::string(5000, 'a') + "\nshort\nlast");
+    const Lines pieces = {std::string(2047, 'a'), std::string(2047, 'a'), std::string(906, 'a') + "\n", "short\n",
+                          "last"};
+    for (const auto& [command, output] :
+         {std::pair<std::string, Lines>{"cat /tmp/long.txt", pieces}, {"echo partial; exit 3", {"partial\n"}}}) {
+        EXPECT_EQ(utils.runCommand(command), output) << command;
+        EXPECT_EQ(os.runCommand(command), output) << command;
+        EXPECT_EQ(os.runCommandOrThrow(command), output) << command;
+    }
     os.commandLineSize = 4;
-    lines = os.runCommand("printf 'abcdefg'");
-    EXPECT_EQ(lines, (std::vector<std::string>{"abc", "def", "g"}));
-
-    // A failing command still gives what it printed; the exit status isn't looked at.
-    os.commandLineSize = 2048;
-    EXPECT_EQ(os.runCommand("echo partial; exit 3"), std::vector<std::string>{"partial\n"});
-    EXPECT_EQ(os.runCommandOrThrow("echo one; echo two; false"), (std::vector<std::string>{"one\n", "two\n"}));
-    EXPECT_TRUE(os.runCommand("true").empty());
-    EXPECT_TRUE(vmwaretest::hasMessage(vmwaretest::debugMessages(), "Command to be executed : [true]"));
+    EXPECT_EQ(os.runCommand("printf abcdefg"), (Lines{"abc", "def", "g"}));
+    EXPECT_TRUE(saw("DEBUG ZUV_UTILS: The command is echo partial; exit 3"));
+    EXPECT_TRUE(saw("DEBUG VMWARE_OS_UTILS: Command to be executed : [printf abcdefg]"));
 }
 
-TEST_F(HostQueriesTest, ShellThatCannotStartGivesEmptyListOrThrows) {
-    // With every descriptor in use, popen() can't make its pipe.
+TEST_F(HostTest, WithoutFileDescriptorsEveryOperationFailsWithItsMessage) {
+    zuvtest::writeFile("/opt/kelzuv/vital/kelZUVStartStop.txt", "last_start 5\n");
+    const std::vector<Lines> rows = table(R"(
+runners | , | DEBUG ZUV_UTILS: popen() failed! : Too many open files | DEBUG VMWARE_OS_UTILS: popen() failed! : Too many open files
+runOrThrow | !Too many open files | DEBUG VMWARE_OS_UTILS: popen() failed! : [24 - Too many open files]
+version | , | ERROR ZUV_UTILS: Error occurred in identifying OS version. | ERROR ZUV_UTILS: Error occurred in identifying OS Name.
+adapter | -1,kept | ERROR ZUV_UTILS: Error occurred in identifying PCI string.
+boot | -1,0 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
+shutdown | -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
+state | 0 | ERROR VMWARE_OS_UTILS: Error occurred in opening zuv startup file
+line | "" | DEBUG ZUV_UTILS: Unable to open the file : /tmp/shell.log, error : Too many open files
+)");
+    Lines results;
+    std::exception_ptr thrown;
     struct rlimit saved {};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &saved), 0);
-    struct rlimit low = saved;
-    low.rlim_cur = 64;
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &low), 0);
+    getrlimit(RLIMIT_NOFILE, &saved);
+    const struct rlimit low = {64, saved.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &low);
     std::vector<int> held;
     for (int fd; (fd = open("/dev/null", O_RDONLY)) >= 0;) held.push_back(fd);
-    const std::vector<std::string> lines = os.runCommand("echo never");
-    std::exception_ptr thrown;
-    try {
-        os.runCommandOrThrow("echo never");
-    } catch (...) {
-        thrown = std::current_exception();
+    for (const Lines& row : rows) {
+        try {
+            results.push_back(run(row[0]));
+        } catch (...) {  // its text is read once descriptors are free again: the sanitizers need some
+            results.push_back("!"), thrown = std::current_exception();
+        }
     }
     for (int fd : held) close(fd);
     setrlimit(RLIMIT_NOFILE, &saved);
-
-    std::string message;
     try {
         if (thrown) std::rethrow_exception(thrown);
     } catch (const std::runtime_error& e) {
-        message = e.what();
+        *std::find(results.begin(), results.end(), "!") += e.what();
     }
-
-    EXPECT_TRUE(lines.empty());
-    EXPECT_EQ(message, "Too many open files");
-    const auto debug = vmwaretest::debugMessages();
-    EXPECT_TRUE(vmwaretest::hasMessage(debug, "popen() failed! : Too many open files"));
-    EXPECT_TRUE(vmwaretest::hasMessage(debug, "popen() failed! : [24 - Too many open files]"));
+    for (size_t i = 0; i < rows.size(); ++i) check(rows[i], results[i]);
 }
 
-TEST_F(HostQueriesTest, OSVersionAndProductAreTheTrimmedValuesOfLocalcli) {
-    zuvsim::FakeHostTools tools(ZUV_SOURCE_DIR);
-    struct Case {
-        const char* output;
-        int rc;
-        const char* version;
-        const char* product;
-    };
-    const Case cases[] = {
-        {"   Product: VMware ESXi\n   Version: 8.0.2\n   Build: Releasebuild-22380479\n   Update: 2\n   Patch: 0\n", 0,
-         "8.0.2", "VMware ESXi"},
-        {"Product:   VMware ESXi  Enterprise Plus \t\nVersion:\n", 0, "", "VMware ESXi  Enterprise Plus"},
-        {"product: lower case: with colon\nVERSION: 9.0.0:1\n", 0, "9.0.0:1", "lower case: with colon"},
-        {"Firmware Version: 1.2\n   Version: 7.0.3\n", 0, "1.2", ""},
-        {"", 1, "", ""},
-        {"   Product: VMware ESXi\n   Version: 8.0.3\n", 2, "8.0.3", "VMware ESXi"},
-    };
-    for (const Case& c : cases) {
-        tools.answer("localcli", "system version get", c.output, c.rc);
-        EXPECT_EQ(os.getOSVersion(), c.version) << c.output;
-        EXPECT_EQ(os.getOSProduct(), c.product) << c.output;
+TEST_F(HostTest, AnExceptionWhileReadingStillClosesThePipeAndFreesTheInterfaceList) {
+    host.interfaces.assign(80, {"vmk0", AF_INET, "10.0.0.1"});  // their list outgrows the allocation limit
+    const auto descriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
+    const auto before = descriptors();
+    for (const std::function<void()>& call : std::vector<std::function<void()>>{
+             [&] { utils.runCommand("printf %03000d 0"); }, [&] { os.runCommand("printf %03000d 0"); },
+             [&] { os.runCommandOrThrow("printf %03000d 0"); }, [&] { utils.getIPv4Addresses(); },
+             [&] { os.getIPv4Addresses(); }}) {
+        failFrom = 2000;
+        EXPECT_THROW(call(), std::bad_alloc);
+        failFrom = 0;
     }
-    tools.forget("localcli", "system version get");
-    EXPECT_EQ(os.getOSVersion(), "");
-    // No cache: every call runs the tool.
-    tools.clearCalls();
-    os.getOSVersion();
-    os.getOSVersion();
-    EXPECT_EQ(tools.calls().size(), 2u);
+    EXPECT_EQ(descriptors(), before);              // every stream was closed
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);  // and its shell waited for
+    EXPECT_EQ(host.listsFreed, 2);
 }
 
-TEST_F(HostQueriesTest, IPv4AddressesSkipLoopbackByNameAndOtherFamilies) {
-    FakeHostSystem host;
-    struct Case {
-        std::vector<vmwaretest::FakeInterface> interfaces;
-        std::vector<std::string> expected;
-    };
-    const Case cases[] = {
-        {{{"lo", AF_INET, "127.0.0.1"}}, {}},
-        {{{"lo", AF_INET, "127.0.0.1"},
-          {"vmk0", AF_INET, "192.0.2.10"},
-          {"vmk0", AF_INET6, "fe80::1"},
-          {"vmk0", AF_INET, "198.51.100.7"},
-          {"vmk1", 0, ""},
-          {"vmk1", AF_INET, "203.0.113.255"}},
-         {"192.0.2.10", "198.51.100.7", "203.0.113.255"}},
-        // Only the name "lo" is left out: a loopback address on another interface stays.
-        {{{"lo0", AF_INET, "127.0.0.2"}, {"lo", AF_INET, "10.0.0.1"}}, {"127.0.0.2"}},
-        {{}, {}},
-    };
-    for (const Case& c : cases) {
-        host.interfaces = c.interfaces;
-        EXPECT_EQ(os.getIPv4Addresses(), c.expected);
-    }
-    EXPECT_EQ(host.listsFreed, host.listsHandedOut);
-    EXPECT_TRUE(vmwaretest::hasMessage(vmwaretest::debugMessages(), "I/F Name: [lo] - IP Address: [127.0.0.1]"));
-
+TEST_F(HostTest, UnameAndIPv4ScansOfBothClasses) {
+    EXPECT_EQ(join({utils.getKernelInfo(), os.getKernelInfo(), utils.getHostName(), os.getHostName()}, "|"),
+              "VMkernel esx01 8.0.2 #1 SMP Release build-22380479 x86_64|VMkernel esx01 8.0.2 #1 SMP Release "
+              "build-22380479 x86_64|esx01|esx01");
+    host.unameError = EFAULT;
+    EXPECT_EQ(join({utils.getKernelInfo(), os.getKernelInfo(), utils.getHostName(), os.getHostName()}, "|"), " | | | ");
+    for (const std::string tag : {"ERROR ZUV_UTILS: ", "ERROR VMWARE_OS_UTILS: "})
+        EXPECT_EQ(zuvtest::countMessage(logged(), tag + "uname failed with error = 14"), 2u) << tag;
+    host.interfaces = {{"lo", AF_INET, "127.0.0.1"},   {"vmk0", AF_INET, "10.0.0.1"},
+                       {"vmk0", AF_INET6, ""},         {"vmk1", 0, ""},
+                       {"vmk2", AF_INET, "127.0.0.1"}, {"lo", AF_INET, "10.9.9.9"},
+                       {"vmk3", AF_INET, "10.0.0.2"},  {"vmk4", AF_INET, "10.0.0.1"}};
+    EXPECT_EQ(utils.getIPv4Addresses(), (Lines{"10.0.0.1", "10.0.0.2", "10.0.0.1"}));  // not lo, not 127.0.0.1
+    EXPECT_EQ(os.getIPv4Addresses(), (Lines{"10.0.0.1", "127.0.0.1", "10.0.0.2", "10.0.0.1"}));  // not lo
+    EXPECT_TRUE(saw("DEBUG ZUV_UTILS: I/F Name: [lo] - IP Address: [127.0.0.1]"));
+    EXPECT_TRUE(saw("DEBUG VMWARE_OS_UTILS: I/F Name: [vmk3] - IP Address: [10.0.0.2]"));
+    host.interfaces.clear();
+    EXPECT_TRUE(utils.getIPv4Addresses().empty() && os.getIPv4Addresses().empty());
     host.getifaddrsError = ENOMEM;
-    EXPECT_TRUE(os.getIPv4Addresses().empty());
+    EXPECT_TRUE(utils.getIPv4Addresses().empty() && os.getIPv4Addresses().empty());
+    EXPECT_EQ(host.listsFreed, 4);
+    int type = 0;
+    EXPECT_TRUE(utils.getOSType(type) && type == 104);
 }
 
-TEST_F(HostQueriesTest, ErrorTextsComeFromStrerrorAndAreCut) {
-    EXPECT_EQ(os.getErrorText(ENOENT), "No such file or directory");
-    EXPECT_EQ(os.getShortErrorText(EACCES), "Permission denied");
-    EXPECT_LE(os.getShortErrorText(-12345).size(), 255u);
-    EXPECT_NE(os.getErrorText(-12345), "");
+TEST_F(HostTest, OSVersionAndProductOfBothClasses) {
+    // localcli's answer | zuvUtils: version, name | zuvVMwareOSUtils: version, product
+    for (const Lines& row : table(R"(
+   Product: VMware ESXi\n   Version: 8.0 U2\n   Build: 1\n | 8.0U2,VMwareESXi | 8.0 U2,VMware ESXi
+Product: A B\nProduct Line: e\nVersion: 7\nOther Version: x\n | 7OtherVersion:x,ABProductLine:e | 7,A B
+  PRODUCT  of vendor \nVERSION: 9.0.0:1\n | 9.0.0:1,PRODUCTofvendor | 9.0.0:1,
+Version:\nProduct:   \n | , | ,
+)")) {
+        tools.answer("localcli", "system version get", row[0], 3);  // the exit status is not looked at
+        zuvUtils::osVersion.clear(), zuvUtils::osName.clear();
+        EXPECT_EQ(run("version") + " | " + run("vmVersion"), row[1] + " | " + row[2]) << row[0];
+    }
+    tools.answer("localcli", "system version get", "Version: " + std::string(100, '9') + "\n");  // 40-byte reads
+    tools.clearCalls();
+    EXPECT_EQ(utils.getOSVersion() + os.getOSVersion(), std::string(100, '9') + std::string(100, '9'));
+    tools.answer("localcli", "system version get", "Version: 7\n");
+    EXPECT_EQ(utils.getOSVersion() + os.getOSVersion() + utils.getOSName() + utils.getOSName(),
+              std::string(100, '9') + "7");
+    EXPECT_EQ(tools.calls().size(), 5u);  // zuvUtils asks until it has an answer, zuvVMwareOSUtils every time
 }
 
-}  // namespace
+TEST_F(HostTest, SyncRunsVimCmdAndWarnsWithTheRawStatusOrTheErrno) {
+    for (const Lines& row : table(R"(
+0 | installed | ""
+3 | installed | Failed to synchronize persistent storage. (0x300)
+0 | missing | Failed to synchronize persistent storage. (0x7F00)
+0 | children ignored | Failed to synchronize persistent storage: [10] - [No child processes]
+)")) {
+        unlink("/bin/vim-cmd");
+        if (row[1] != "missing") tools.installIn("/bin", "vim-cmd");
+        tools.answer("vim-cmd", "hostsvc/firmware/sync_config", "", std::stoi(row[0]));
+        zuvtest::clearLogs();
+        signal(SIGCHLD, row[1] == "children ignored" ? SIG_IGN : SIG_DFL);  // system() then finds no child
+        run("sync"), signal(SIGCHLD, SIG_DFL);
+        const Lines none, both = {"WARNING ZUV_UTILS: " + row[2], "WARNING VMWARE_OS_UTILS: " + row[2]};
+        EXPECT_EQ(logged(), row[2].empty() ? none : both) << row[2];
+    }
+}

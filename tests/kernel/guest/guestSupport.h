@@ -1,33 +1,59 @@
 #pragma once
-// Small helpers of the guest tests: the kernel's view of the IPMI driver.
+// What the guest tests share: the service, built by whichever test needs it first, with the
+// kernel's state observed around that first construction; a reader of files.
+#include "ipmi/zuvIPMIService.h"
 
-#include <sys/stat.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <set>
 #include <sstream>
 #include <string>
 
 namespace zuvkernel {
 
 inline std::string readText(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-inline bool moduleLoaded(const std::string& name) {
+inline std::set<std::string> ipmiModules() {
     std::istringstream modules(readText("/proc/modules"));
-    std::string line;
-    while (std::getline(modules, line)) {
-        if (line.compare(0, name.size() + 1, name + " ") == 0) return true;
+    std::set<std::string> found;
+    for (std::string name, rest; modules >> name && std::getline(modules, rest);) {
+        if (name.compare(0, 5, "ipmi_") == 0) found.insert(name);
     }
-    return false;
+    return found;
 }
 
-inline bool isCharacterDevice(const char* path) {
-    struct stat st {};
-    return stat(path, &st) == 0 && S_ISCHR(st.st_mode);
+// A value of the kernel command line, which init passes on in the environment; "" if absent.
+inline std::string bootValue(const char* name) { return std::getenv(name) ? std::getenv(name) : ""; }
+
+struct FirstOpen {
+    std::set<std::string> modulesBefore, modulesAfter;  // loaded ipmi_* modules
+    bool nodeBefore = false;                            // /dev/ipmi0 existed
+    double seconds = 0;                                 // the first construction took
+    time_t startedAt = 0;
+};
+
+inline const FirstOpen& firstOpen() {
+    static const FirstOpen observed = [] {
+        FirstOpen o{ipmiModules(), {}, access("/dev/ipmi0", F_OK) == 0, 0, time(nullptr)};
+        const auto start = std::chrono::steady_clock::now();
+        zuvIPMIService::getIPMIServiceInstance();
+        o.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        o.modulesAfter = ipmiModules();
+        return o;
+    }();
+    return observed;
+}
+
+inline zuvIPMIService& service() {
+    firstOpen();
+    return *static_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance());
 }
 
 }  // namespace zuvkernel

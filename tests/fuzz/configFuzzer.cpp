@@ -1,0 +1,46 @@
+// libFuzzer harness over the configuration store: any document is loaded as the file would
+// be, and every getter is asked. A getter never fails, so any exception that leaves one (or
+// the load) is a finding, as are the sanitizers' reports.
+#include <cstdint>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+#include "config/zuvConfig.h"
+
+namespace {
+
+struct ConfigFromText : zuvConfig {
+    explicit ConfigFromText(std::istream& document) : zuvConfig(document) {}
+};
+
+void askEveryGetter(const zuvConfig& config, const std::string& name) {
+    config.isDebugLogEnabled(), config.getCliMode(), config.getPushInventoryFrequencyInMinutes();
+    for (const std::string& cache : {name, std::string("Global"), std::string()})
+        config.getCacheRefreshInSeconds(cache);
+    config.isResourceEnabled(name);
+    for (int id : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 99})
+        if (config.isResourceManagerEnabled(id) && (id == 6 || id == 7 || id == -1)) abort();  // ids without a name
+    config.getLoggingLevel(), config.getIPMIDBSleepInterval(), config.getCaptureUnhandledExceptionStack();
+    config.getSimulateUnhandledException(), config.getForwardAllMegaRAIDCriticalOrHigherEvents();
+    config.getForwardAllSmartRAIDDegradedOrHigherEvents(), config.getInventoryQueryIntervalInSeconds();
+    config.getI2CBusReleaseReserveGapInMilliSeconds(), config.getNVMeBusyRetryCount();
+    config.getNVMeBusyWaitIntervalInMilliSeconds(), config.getLogResourceManagerStatistics();
+    config.getMicrochipEventQueueIndex(), config.getHealthMonitorFlags();
+    config.getEnablePCIeRegistersDataCollection(), config.getEnablePCIeLinkStatusMonitoring();
+    config.getTPMMonitoring(), config.getSyslogFileLocation(), config.getDebugLogLocation(), config.getLogLocation();
+    config.getTelemetry(), config.getParseError();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    std::istringstream document(text);
+    ConfigFromText config(document);
+    // The names asked for are the document's own first key as well as the fixed ones.
+    const size_t quote = text.find('"');
+    const size_t end = quote == std::string::npos ? quote : text.find('"', quote + 1);
+    askEveryGetter(config, end == std::string::npos ? "EthernetDevices" : text.substr(quote + 1, end - quote - 1));
+    return 0;
+}

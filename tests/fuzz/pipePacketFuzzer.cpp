@@ -1,0 +1,62 @@
+// libFuzzer harness over the packet read: the input's first byte says where a writer thread
+// splits the rest into two writes on a real FIFO; the reader is the channel's zuvReadPipe. A
+// packet read as whole must be exactly the bytes that came (meta data, payloadLength bytes,
+// a 0 behind them); one that came in a single atomic write and holds its whole payload must
+// be read. A sanitizer report is a finding too.
+#include <fcntl.h>
+#include <limits.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "channel/zuvPipeChannel.h"
+#include "fuzzSetUp.h"
+
+namespace {
+const char* const kPipe = "/run/zuv-fuzz-pipe";
+}
+
+extern "C" void zuvFuzzHarnessSetUp() {
+    signal(SIGPIPE, SIG_IGN);  // a reader that stops early leaves the writer with EPIPE
+    if (!zuvCreatePipe(kPipe)) abort();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0) return 0;
+    // A packet may announce up to 4 GiB, which the reader allocates before any of it has come;
+    // announcements are kept under 16 MiB (the length's top byte is cleared) to keep runs short.
+    std::vector<uint8_t> wire(data + 1, data + size);
+    if (wire.size() > 8) wire[8] = 0;
+    const uint8_t* bytes = wire.data();
+    const size_t length = wire.size();
+    const size_t cut = data[0] < length ? data[0] : length;
+    std::atomic<bool> readerDone{false};
+    std::thread writer([&] {  // never waits for a reader that has gone already
+        int fd = -1;
+        while ((fd = open(kPipe, O_WRONLY | O_NONBLOCK)) < 0)
+            if (readerDone) return;
+        fcntl(fd, F_SETFL, 0);
+        if (write(fd, bytes, cut) < 0 || write(fd, bytes + cut, length - cut) < 0) { /* the reader left */
+        }
+        close(fd);
+    });
+    zuvPipePacket packet{};
+    const bool read = zuvReadPipe(kPipe, &packet);
+    readerDone = true;
+    writer.join();
+    const size_t expected = zuvPipeMetaDataSize + static_cast<size_t>(packet.payloadLength);
+    if (read && (length < expected || std::memcmp(&packet, bytes, zuvPipeMetaDataSize) != 0 ||
+                 std::memcmp(packet.payload, bytes + zuvPipeMetaDataSize, packet.payloadLength) != 0 ||
+                 packet.payload[packet.payloadLength] != 0))
+        abort();
+    const bool oneWrite = cut == 0 || cut == length;
+    if (!read && oneWrite && length <= PIPE_BUF && length >= zuvPipeMetaDataSize && length >= expected) abort();
+    free(packet.payload);
+    return 0;
+}
