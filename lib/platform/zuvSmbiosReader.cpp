@@ -1,6 +1,7 @@
 // The SMBIOS reader. The table lives in a 64 KiB buffer that the module owns; every walk is
-// bounded by the table's end, and a structure that doesn't fit in the table ends the walk:
-// a formatted length below 4 or past the end, or a string set without its closing NUL pair.
+// bounded by the table's end. From one structure to the next the walk adds the length byte
+// to the start, whatever it says, and looks for the pair of NUL bytes that ends the string
+// set; a structure whose pair doesn't lie inside the table ends the walk.
 
 #include "platform/zuvSmbiosReader.h"
 
@@ -35,17 +36,18 @@ uint16_t le16(const uint8_t* p) { return uint16_t(p[0] | p[1] << 8); }
 struct Span {
     uint8_t* start;
     uint8_t* next;
-    // Byte k of the structure, 0 where the structure has no byte k.
-    uint8_t at(int k) const { return start + k < next ? start[k] : 0; }
+    // Byte k of the structure, string set included; 0 behind its end.
+    uint8_t at(int k) const { return k < next - start ? start[k] : 0; }
     uint16_t at16(int k) const { return uint16_t(at(k) | at(k + 1) << 8); }
 };
 
-// Moves cursor to the next structure; false at the end of the table or at a structure that
-// doesn't fit in it.
+// Moves cursor to the next structure; false at the end of the table or at a structure not
+// closed inside it. A length below 4 is no header at all, but the walk still goes on from
+// there: the pair is searched from start + length, which may be the type byte itself.
 bool nextStructure(uint8_t*& cursor, uint8_t* end, Span& span) {
-    if (end - cursor < 4) return false;
-    int length = cursor[1];
-    if (length < 4 || length > end - cursor) return false;
+    if (end - cursor < 2) return false;
+    const int length = cursor[1];
+    if (length > end - cursor) return false;
     uint8_t* p = cursor + length;
     while (end - p >= 2 && !(p[0] == 0 && p[1] == 0)) ++p;
     if (end - p < 2) return false;
