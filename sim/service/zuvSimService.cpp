@@ -192,6 +192,26 @@ void answer(const Options& options, zuvsim::ServiceRoad* road, const zuvPipePack
         std::fprintf(stderr, "zuvSimService: no reply pipe %s\n", replyPipe.c_str());
 }
 
+int serve(const Options& options, zuvsim::ServiceRoad* road) {
+    const int heldPipe = zuvsim::holdServicePipe(kServicePipe);
+    if (heldPipe < 0) return 1;
+    for (long served = 0; options.count < 0 || served < options.count; ++served) {
+        zuvPipePacket request{};
+        request.payload = nullptr;
+        if (zuvReadPipe(kServicePipe, &request) && isRequest(request)) {
+            record(options.recordFile, request);
+            answer(options, road, request);
+        } else {
+            // Out of step: a run before this one died between the two reads of a packet, and
+            // its payload was taken for meta data. Start again with what comes next.
+            std::fprintf(stderr, "zuvSimService: out of step, dropped %ld bytes\n", zuvsim::dropUnread(heldPipe));
+            --served;
+        }
+        std::free(request.payload);
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -210,21 +230,10 @@ int main(int argc, char** argv) {
         }
     }
     mkdir("/var/run", 0755);
-    const int heldPipe = zuvsim::holdServicePipe(kServicePipe);
-    if (heldPipe < 0) return 1;
-    for (long served = 0; options.count < 0 || served < options.count; ++served) {
-        zuvPipePacket request{};
-        request.payload = nullptr;
-        if (zuvReadPipe(kServicePipe, &request) && isRequest(request)) {
-            record(options.recordFile, request);
-            answer(options, road.get(), request);
-        } else {
-            // Out of step: a run before this one died between the two reads of a packet, and
-            // its payload was taken for meta data. Start again with what comes next.
-            std::fprintf(stderr, "zuvSimService: out of step, dropped %ld bytes\n", zuvsim::dropUnread(heldPipe));
-            --served;
-        }
-        std::free(request.payload);
+    try {
+        return serve(options, road.get());
+    } catch (const std::exception& e) {  // e.g. no configuration file for the library's logger
+        std::fprintf(stderr, "zuvSimService: %s\n", e.what());
+        return 2;
     }
-    return 0;
 }
