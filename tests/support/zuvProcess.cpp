@@ -85,8 +85,7 @@ ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs) {
     const pid_t child = spawn(argv, out, err);
     ProcessResult result;
     result.exitStatus = waitFor(child, timeoutMs);
-    result.timedOut = result.exitStatus == -1;
-    if (result.timedOut && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
+    if (result.exitStatus == -1 && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
     result.out = contentOf(out);
     result.err = contentOf(err);
     return result;

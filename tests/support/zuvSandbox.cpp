@@ -75,8 +75,6 @@ bool populate(const std::string& root) {
 
 }  // namespace
 
-bool inSandbox() { return sandboxed; }
-
 bool enterSandbox(std::string* why) {
     char cwd[4096];
     if (sandboxed) return true;
@@ -146,12 +144,6 @@ std::vector<SyslogLine> SyslogCollector::lines() {
         }
     }
     return received;
-}
-
-std::vector<std::string> SyslogCollector::messages() {
-    std::vector<std::string> out;
-    for (const SyslogLine& line : lines()) out.push_back(line.message);
-    return out;
 }
 
 }  // namespace zuvtest
