@@ -46,6 +46,9 @@ const std::string kInvalidId = "Please provide valid EVENTID to zuvCli.";
 const std::string kBadFormat = "Unable to send TEST EVENT due to invalid format of json string. Error: ";
 const std::string kWrongType = "Unable to send TEST EVENT as json string has members of the wrong type. Error: ";
 const std::string kNotRunning = "Failed to send zuvCli event as the corresponding resource manager is not running";
+const std::string kNoService =
+    "Failed to communicate with ZUV service. Please verify that ZUV is running and that zuvCli is run with "
+    "administrator privileges.";
 const std::string kLocation = "ABCDEFGHIJKLMNOP";
 
 std::string event(const std::string& id, const std::string& extra = "") {
@@ -58,36 +61,36 @@ std::string eventOfSize(size_t size) {  // padded in a member, so that trims kee
     return event("708", R"(,"Pad":")" + std::string(size - event("708", R"(,"Pad":"")").size(), 'a') + "\"");
 }
 
-// "-": no file, no service. Service options blank-separated, arguments '|'-separated. Status -1: still waiting after
-// two seconds. err: behind "zuvCli Error: ". sent: "|<tag> <type> <payload>".
+// Arguments '|'-separated. Status -1: still waiting after two seconds. err: behind "zuvCli Error: ". sent:
+// "|<tag> <type> <payload>". Service options blank-separated, "-" for no service; config "-" for no file.
 struct Case {
-    std::string config, service, args;
+    std::string args;
     int status;
-    std::string out, err, sent;
+    std::string out, err, sent, service = "", config = kFull;
     size_t pipesLeft = 0;
 };
 
 // A request refused before anything is sent.
 Case fails(const std::string& args, const std::string& err, const std::string& config = kFull) {
-    return {config, "", args, 1, "", err, ""};
+    return {args, 1, "", err, "", "", config};
 }
 
 // A test event the service takes.
 Case sends(const std::string& args, const std::string& sent, const std::string& config = kFull) {
-    return {config, "", args, 0, kSent, "", sent};
+    return {args, 0, kSent, "", sent, "", config};
 }
 
 TEST(Cli, EachRequestGivesItsLineStatusAndPackets) {
-    const std::string exact = eventOfSize(4096), over = eventOfSize(4097),
-                      fc = event("383", R"(,"PhysicalLocation":"x")");
+    const std::string exact = eventOfSize(4096), over = eventOfSize(4097);
+    const std::string fc = event("383", R"(,"PhysicalLocation":"x")");
     const std::string extra = " --behave all=extra";  // bytes behind the reply's code
     for (const auto& [path, text] : std::map<std::string, std::string>{
              {"/tmp/exact.json", exact}, {"/tmp/over.json", over}, {"/tmp/fc.json", fc}, {"/tmp/empty.json", ""}})
         zuvtest::writeFile(path, text);
     zuvtest::writeFile("/opt/kelzuv/plain", "");
     const Case cases[] = {
-        {kFull, "", "", 0, kUsage, "", ""},
-        {kFull, "", "extra", 0, "", "", ""},
+        {"", 0, kUsage, "", ""},
+        {"extra", 0, "", "", ""},
         fails("-x", "Option 120 invalid: ignored"),
         fails("--help=x", "Option 104 invalid: ignored"),
         fails("-v", "Option provided is invalid: ignored"),  // this C library's optopt starts at 0
@@ -95,19 +98,18 @@ TEST(Cli, EachRequestGivesItsLineStatusAndPackets) {
         fails("-j|   ", "Inventory JSON file name cannot be empty"),
         fails("-t|708|-l|ABC", "Invalid physical location. Physical location must be of 16 characters."),
         fails("-l|" + kLocation + "|-t|708", "Option '-l' should follow option '-t'."),
-        {kTest, "", "--he", 0, "Usage:\nzuvCli [-t|--test-event eventid] [-h|--help] [-j|--json-inventory filename]\n",
-         "", ""},
-        {"-", "-", "", 1, "", kNoConfig, ""},
-        {"-", "-", "-t|708", 1, "", kNoConfig, ""},
-        {"-", "-", "-j|a.json", 1, "", kNoConfig, ""},
-        {R"({"CliMode":"full","ZUVLogLocation":"/opt/kelzuv/plain/x/zuv.log"})", "", "-j|a.json", 246, "", "", ""},
-        {R"({"CliMode":"full","DebugLogLocation":"/opt/kelzuv/plain/y/dbg.log"})", "", "-t|708", 245, "", "", ""},
+        {"--he", 0, "Usage:\nzuvCli [-t|--test-event eventid] [-h|--help] [-j|--json-inventory filename]\n", "", "", "",
+         kTest},
+        // The logger is built before the reply pipe: no pipe is left when it throws or ends the process.
+        {"", 1, "", kNoConfig, "", "-", "-"},
+        {"-j|a.json", 1, "", kNoConfig, "", "-", "-"},
+        {"-j|a.json", 246, "", "", "", "", R"({"CliMode":"full","ZUVLogLocation":"/opt/kelzuv/plain/x/zuv.log"})"},
         sends("-t| 708 |-l| " + kLocation + " |-l|QRSTUVWXYZ012345", "|9 102 708 " + kLocation + " QRSTUVWXYZ012345"),
         sends("-t|\t\v\f708\r\n", "|9 102 708"),
         sends("-t|708|-l|" + kLocation + "|-t|0708", "|9 102 0708"),
         sends("-t|708|-l|" + kLocation, "|9 102 708 " + kLocation, kTest),
         sends("-t|708abc", "|9 102 708abc"),
-        {kFull, "", "-t|708|-j|inv.json|--test-event=708|-h|--json-inv|b.json", 0, kSaved + kUsage + kSaved + kSent, "",
+        {"-t|708|-j|inv.json|--test-event=708|-h|--json-inv|b.json", 0, kSaved + kUsage + kSaved + kSent, "",
          "|9 103 inv.json|9 103 b.json|9 102 708"},
         sends("-t|356", "|9 102 356"),  // HostOSInfo is enabled
         fails("-t|abc", kInvalidId),
@@ -138,25 +140,20 @@ TEST(Cli, EachRequestGivesItsLineStatusAndPackets) {
         fails("-p|[1,2,3]", kWrongType + "in Json::Value::find(begin, end): requires objectValue or nullValue"),
         fails("-p|" + event(R"("708")"), kWrongType + "Value is not convertible to UInt64."),
         // Replies: the code picks the line and bytes behind it are ignored; what can't be read fails.
-        {kFull, "--answer 0x0103=-1" + extra, "-j|a.json", 0, kNotSaved + " Inventory not ready.\n", "",
-         "|9 103 a.json"},
-        {kFull, "--answer 0x0103=-2" + extra, "-j|a", 0, kNotSaved + " Unable to open file for writing.\n", "",
-         "|9 103 a"},
-        {kFull, "--answer 0x0103=7" + extra, "-j|a.json", 0, kNotSaved + "\n", "", "|9 103 a.json"},
-        {kFull, "--answer 0x0102=5" + extra, "-t|708", 0,
-         "ZUVCli: Test Event couldn't be sent to RMC. Please check logs for details.\n", "", "|9 102 708"},
-        {kFull, "-", "-t|708", 1, "",
-         "Failed to communicate with ZUV service. Please verify that ZUV is running and that zuvCli is run with "
-         "administrator privileges.",
-         ""},
-        {kFull, "--behave all=short", "-j|a.json", 1, "",
-         "Invalid reply from ZUV service: fewer than four payload bytes.", "|9 103 a.json"},
-        {kFull, "--behave all=empty", "-j|a.json", 1, "", "Failed to read the reply of ZUV service.", "|9 103 a.json"},
-        {kFull, "--behave all=silent", "-t|708", -1, "", "", "|9 102 708",
-         1},  // no time-out: killed, it leaves its pipe
+        {"-j|a.json", 0, kNotSaved + " Inventory not ready.\n", "", "|9 103 a.json", "--answer 0x0103=-1" + extra},
+        {"-j|a", 0, kNotSaved + " Unable to open file for writing.\n", "", "|9 103 a", "--answer 0x0103=-2" + extra},
+        {"-j|a.json", 0, kNotSaved + "\n", "", "|9 103 a.json", "--answer 0x0103=7" + extra},
+        {"-t|708", 0, "ZUVCli: Test Event couldn't be sent to RMC. Please check logs for details.\n", "", "|9 102 708",
+         "--answer 0x0102=5" + extra},
+        {"-t|708", 1, "", kNoService, "", "-"},
+        {"-j|a.json", 1, "", "Invalid reply from ZUV service: fewer than four payload bytes.", "|9 103 a.json",
+         "--behave all=short"},
+        {"-j|a.json", 1, "", "Failed to read the reply of ZUV service.", "|9 103 a.json", "--behave all=empty"},
+        // No time-out: killed, the client leaves its reply pipe.
+        {"-t|708", -1, "", "", "|9 102 708", "--behave all=silent", kFull, 1},
         // A process whose id comes up again finds a pipe under it and fails before it sends; the pipe is not its own.
-        {kFull, "", "/bin/sh|-c|mkfifo /var/run/kelzuvcli$$ && exec $CLI -t 708", 1, "",
-         "/var/run/kelzuvcli creation failed", "", 1},
+        {"/bin/sh|-c|mkfifo /var/run/kelzuvcli$$ && exec $CLI -t 708", 1, "", "/var/run/kelzuvcli creation failed", "",
+         "", kFull, 1},
     };
     setenv("CLI", ZUV_CLI_PATH, 1);  // for the shell's command line
     for (const Case& c : cases) {
