@@ -29,13 +29,10 @@ const std::string t = "terminal", s = "syslog", o = "/opt/kelzuv/", tmp = o + "t
 const std::string kTime = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ )";
 // The main log's lines: an error, a warning from another thread, an info line cut at 4095 characters, the members
 // called at line 1, infoAlways at lines 99 and 12345.
-const std::string kMainLines = kTime + R"(\[ERROR\]    100 0*(\d+) T: e \1\n)" +  //
-                               kTime + R"(\[WARNING\] 101 0*(\d+) T: w \2\n)" +   //
-                               kTime + R"(\[INFO\]    100 \d+ T: ix{4094}\n)" +   //
-                               kTime + R"(\[ERROR\]    100 001 T: E\n)" +         //
-                               kTime + R"(\[WARNING\] 100 001 T: W\n)" +          //
-                               kTime + R"(\[INFO\]    100 001 T: I\n)" +          //
-                               kTime + R"(\[INFO\]    100 099 T: a\n)" +          //
+const std::string kMainLines = kTime + R"(\[ERROR\]    100 0*(\d+) T: e \1\n)" + kTime +
+                               R"(\[WARNING\] 101 0*(\d+) T: w \2\n)" + kTime + R"(\[INFO\]    100 \d+ T: ix{4094}\n)" +
+                               kTime + R"(\[ERROR\]    100 001 T: E\n)" + kTime + R"(\[WARNING\] 100 001 T: W\n)" +
+                               kTime + R"(\[INFO\]    100 001 T: I\n)" + kTime + R"(\[INFO\]    100 099 T: a\n)" +
                                kTime + R"(\[INFO\]    100 1234 T: b\n)";
 const std::string kDebugLines =
     kTime + R"(\[DEBUG\]   100 0*(\d+) T: d \1\n)" + kTime + R"(\[DEBUG\]   100 001 T: D\n)";
