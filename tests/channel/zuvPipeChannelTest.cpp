@@ -48,14 +48,17 @@ TEST(Channel, EachOperationDoesItsPartAndLogsItsLines) {
 
     // Reads of meta data (type 0x0103, pid 0x5678, the length) and what follows it; a length of 200 is cut after
     // 7 bytes of meta data, which leaves the record as it was and allocates nothing.
-    // clang-format off
-    const std::string opened = "readFd = #. pipe = " + pipe + "\nRead ", meta = opened + "17 packet meta data bytes from readFd = #\nRead ";
-    const struct { uint16_t length; std::string sent, log; } cases[] = {
+    const std::string opened = "readFd = #. pipe = " + pipe + "\nRead ";
+    const std::string meta = opened + "17 packet meta data bytes from readFd = #\nRead ";
+    const struct {
+        uint16_t length;
+        std::string sent, log;
+    } cases[] = {
         {0, "", meta + "0 payload bytes from readFd = #\n"},
         {4096, std::string(4096, 'x'), meta + "4096 payload bytes from readFd = #\n"},
         {200, "", opened + "7 packet meta data bytes from readFd = #\nShort packet meta data: 7 of 17 bytes\n"},
         {10, "ab", meta + "2 payload bytes from readFd = #\nShort payload: 2 of 10 bytes\n"},
-    };  // clang-format on
+    };
     for (const auto& c : cases) {
         std::string raw = std::string("\x09\0\0\x03\x01", 5) + char(c.length) + char(c.length >> 8) +
                           std::string("\0\0\x78\x56\0\0\0\0\0\0", 10) + c.sent;

@@ -24,19 +24,24 @@ bool pollUntil(const std::function<bool()>& done, int timeoutMs) {
     return true;
 }
 
+// A child process that ends with the status body returns.
+pid_t forkChild(const std::function<int()>& body) {
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error("fork");
+    if (child == 0) _exit(body());
+    return child;
+}
+
 // Runs argv with no input; its arguments are built before the fork, so the child only makes system calls.
 pid_t spawn(const std::vector<std::string>& argv, int out = 1, int err = 2) {
     std::vector<char*> args;
     for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("fork");
-    if (child == 0) {
+    return forkChild([&] {
         if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && dup2(open("/dev/null", O_RDONLY), 0) >= 0)
             execvp(args[0], args.data());
-        _exit(127);
-    }
-    return child;
+        return 127;
+    });
 }
 
 // The exit status of child once it ends within timeoutMs, else -1.
@@ -47,8 +52,8 @@ int waitFor(pid_t child, int timeoutMs) {
 }
 
 int memoryFile() {
-    if (const int fd = memfd_create("zuvtest", MFD_CLOEXEC); fd >= 0) return fd;
-    throw std::runtime_error("memfd_create");
+    const int fd = memfd_create("zuvtest", MFD_CLOEXEC);
+    return fd >= 0 ? fd : throw std::runtime_error("memfd_create");
 }
 
 // The whole text of a memory file, which is closed afterwards.
@@ -63,33 +68,25 @@ std::string contentOf(int fd) {
 
 ChildResult inChild(const std::function<std::string()>& body) {
     const int shared = memoryFile();  // the child leaves its text here
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("fork");
-    if (child == 0) {
+    const pid_t child = forkChild([&] {
         std::string text;
         try {
             text = body();
         } catch (const std::exception& e) {
             text = std::string("exception: ") + e.what();
         }
-        _exit(write(shared, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 125);
-    }
-    ChildResult result;
-    result.exitStatus = waitFor(child, INT_MAX);
-    result.text = contentOf(shared);
-    return result;
+        return write(shared, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 125;
+    });
+    const int status = waitFor(child, INT_MAX);
+    return {contentOf(shared), status};
 }
 
 ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs) {
     const int out = memoryFile(), err = memoryFile();
     const pid_t child = spawn(argv, out, err);
-    ProcessResult result;
-    result.exitStatus = waitFor(child, timeoutMs);
-    result.timedOut = result.exitStatus == -1;
-    if (result.timedOut && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
-    result.out = contentOf(out);
-    result.err = contentOf(err);
-    return result;
+    const int status = waitFor(child, timeoutMs);
+    if (status == -1 && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
+    return {status, contentOf(out), contentOf(err)};
 }
 
 void BackgroundProcess::start(const std::vector<std::string>& argv) {

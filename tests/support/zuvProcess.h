@@ -9,8 +9,7 @@
 namespace zuvtest {
 
 struct ProcessResult {
-    int exitStatus = -1;    // exit status when the process exited
-    bool timedOut = false;  // killed by us after the time limit
+    int exitStatus = -1;  // exit status when the process exited, -1 when killed after the time limit
     std::string out;
     std::string err;
 };

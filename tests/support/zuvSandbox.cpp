@@ -1,7 +1,5 @@
 #include "zuvSandbox.h"
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
@@ -9,93 +7,79 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <functional>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
 namespace zuvtest {
 namespace {
 
+namespace fs = std::filesystem;
 bool sandboxed = false;
-const char* const kNewRoot = "/tmp/zuv-sandbox-root";  // in a private tmpfs mounted on /tmp first
+const std::string kNewRoot = "/tmp/zuv-sandbox-root";  // in a private tmpfs mounted on /tmp first
 
-bool fail(std::string* why, const std::string& what) {
-    if (why) *why = what + ": " + std::strerror(errno);
-    return false;
+void check(bool ok, const std::string& what) {
+    if (!ok) throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-bool makeDirectory(const std::string& path) { return mkdir(path.c_str(), 0755) == 0 || errno == EEXIST; }
-
-bool mountTmpfs(const std::string& path) {
-    return makeDirectory(path) && mount("zuvsandbox", path.c_str(), "tmpfs", 0, "mode=0755") == 0;
+void mountTmpfs(const std::string& path) {
+    fs::create_directories(path);
+    check(mount("zuvsandbox", path.c_str(), "tmpfs", 0, "mode=0755") == 0, "tmpfs on " + path);
 }
 
 // Binds the machine's from (a link as what it leads to) at to, or does nothing where from isn't.
-bool bindInto(const std::string& from, const std::string& to) {
-    struct stat st {};
-    if (stat(from.c_str(), &st) != 0) return true;
-    const bool made = S_ISDIR(st.st_mode) ? makeDirectory(to) : close(open(to.c_str(), O_CREAT | O_WRONLY, 0644)) == 0;
-    return made && mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
+void bindInto(const fs::path& from, const fs::path& to) {
+    if (!fs::exists(from)) return;
+    fs::is_directory(from) ? (void)fs::create_directories(to) : std::ofstream(to).close();
+    check(mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0, "bind " + from.string());
 }
 
-// Calls visit with each name in directory but "." and "..", until visit returns false.
-bool eachEntry(const std::string& directory, const std::function<bool(const std::string&)>& visit) {
-    DIR* dir = opendir(directory.c_str());
-    bool ok = dir != nullptr;
-    while (dirent* entry = ok ? readdir(dir) : nullptr)
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) ok = visit(entry->d_name);
-    if (dir) closedir(dir);
-    return ok;
-}
-
-bool populate(const std::string& root) {
+void populate(const fs::path& root) {
     // The machine's top entries but the private ones: five empty directories, /dev and /bin. /var with
     // a private /var/log; /var/run is the private /run (a link to it here, else /run is bound over it).
-    const std::vector<std::string> privateTops = {"tmp", "opt", "run", "scratch", "vmfs", "dev", "bin"};
-    bool ok = eachEntry("/", [&](const std::string& name) {
-        return std::count(privateTops.begin(), privateTops.end(), name) || bindInto("/" + name, root + "/" + name);
-    });
-    for (int i = 0; i < 5; ++i) ok = ok && makeDirectory(root + "/" + privateTops[i]);
-    struct stat varRun {};
-    ok = ok && mountTmpfs(root + "/var/log") && chmod((root + "/tmp").c_str(), 01777) == 0 &&
-         (lstat("/var/run", &varRun) != 0 || S_ISLNK(varRun.st_mode) || bindInto(root + "/run", root + "/var/run"));
+    const std::set<std::string> privateTops = {"tmp", "opt", "run", "scratch", "vmfs", "dev", "bin"};
+    for (const fs::directory_entry& entry : fs::directory_iterator("/"))
+        if (!privateTops.count(entry.path().filename())) bindInto(entry.path(), root / entry.path().filename());
+    for (const char* top : {"tmp", "opt", "run", "scratch", "vmfs", "bin"}) fs::create_directories(root / top);
+    fs::permissions(root / "tmp", fs::perms::all | fs::perms::sticky_bit);
+    mountTmpfs(root / "var/log");
+    if (fs::exists("/var/run") && !fs::is_symlink("/var/run")) bindInto(root / "run", root / "var/run");
     // /bin: links to the machine's programs, so that a test can place a tool at an absolute /bin path.
-    ok = ok && makeDirectory(root + "/bin") && eachEntry("/bin", [&](const std::string& name) {
-             return symlink(("/usr/bin/" + name).c_str(), (root + "/bin/" + name).c_str()) == 0 || errno == EEXIST;
-         });
+    for (const fs::directory_entry& entry : fs::directory_iterator("/bin"))
+        fs::create_symlink("/usr/bin" / entry.path().filename(), root / "bin" / entry.path().filename());
     // /dev: the usual devices, and room for /dev/log.
-    ok = ok && mountTmpfs(root + "/dev");
+    mountTmpfs(root / "dev");
     for (const char* node : {"null", "zero", "full", "random", "urandom", "tty", "ptmx", "pts", "shm"})
-        ok = ok && bindInto(std::string("/dev/") + node, root + "/dev/" + node);
-    return ok;
+        bindInto(fs::path("/dev") / node, root / "dev" / node);
 }
 
 }  // namespace
 
-bool inSandbox() { return sandboxed; }
-
 bool enterSandbox(std::string* why) {
-    char cwd[4096];
     if (sandboxed) return true;
-    if (geteuid() != 0 || !getcwd(cwd, sizeof cwd)) return fail(why, "the sandbox needs root and a working directory");
-    if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        !mountTmpfs("/tmp") || !mountTmpfs(kNewRoot) || !populate(kNewRoot) || chroot(kNewRoot) != 0 ||
-        (chdir(cwd) != 0 && chdir("/") != 0))
-        return fail(why, "a private mount namespace with a tmpfs root");
+    try {
+        const fs::path cwd = fs::current_path();
+        check(geteuid() == 0, "the sandbox needs root");
+        check(unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0,
+              "a private mount namespace");
+        mountTmpfs("/tmp");
+        mountTmpfs(kNewRoot);
+        populate(kNewRoot);
+        check(chroot(kNewRoot.c_str()) == 0 && (chdir(cwd.c_str()) == 0 || chdir("/") == 0), "chroot");
+    } catch (const std::exception& e) {
+        if (why) *why = e.what();
+        return false;
+    }
     return sandboxed = true;
 }
 
-void makeDirectories(const std::string& path) {
-    for (size_t i = 1; i <= path.size(); ++i)
-        if ((i == path.size() || path[i] == '/') && !makeDirectory(path.substr(0, i)))
-            throw std::runtime_error("mkdir " + path.substr(0, i) + ": " + std::strerror(errno));
-}
+void makeDirectories(const std::string& path) { fs::create_directories(path); }
 
 void writeFile(const std::string& path, const std::string& text) {
-    if (path.rfind('/') != std::string::npos && path.rfind('/') > 0) makeDirectories(path.substr(0, path.rfind('/')));
+    if (const fs::path parent = fs::path(path).parent_path(); !parent.empty()) fs::create_directories(parent);
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!(out << text)) throw std::runtime_error("write " + path);
 }
@@ -146,12 +130,6 @@ std::vector<SyslogLine> SyslogCollector::lines() {
         }
     }
     return received;
-}
-
-std::vector<std::string> SyslogCollector::messages() {
-    std::vector<std::string> out;
-    for (const SyslogLine& line : lines()) out.push_back(line.message);
-    return out;
 }
 
 }  // namespace zuvtest

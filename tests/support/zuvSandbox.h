@@ -12,7 +12,6 @@ namespace zuvtest {
 
 // True once the process is inside the sandbox; on failure, why says what went wrong.
 bool enterSandbox(std::string* why = nullptr);
-bool inSandbox();
 
 // File helpers; they throw std::runtime_error on failure. writeFile makes the parent directories.
 void writeFile(const std::string& path, const std::string& text);
@@ -37,7 +36,6 @@ public:
     SyslogCollector& operator=(const SyslogCollector&) = delete;
 
     std::vector<SyslogLine> lines();  // everything received so far, oldest first
-    std::vector<std::string> messages();
 
 private:
     int socketFd = -1;
