@@ -3,8 +3,7 @@
 # standard output; QEMU ends when the guest powers off, or after 200 s. With --extern-bmc the
 # guest's KCS interface leads to a BMC program outside QEMU, which connects to this socket
 # (made afresh).
-# Usage: bootGuest.sh [--extern-bmc <socket>] <kernel-root> <kernel-version> <initrd> <kernel args>
-#                     [QEMU options...]
+# Usage: bootGuest.sh [--extern-bmc <socket>] <kernel-root> <version> <initrd> <kernel args> [QEMU options...]
 set -euo pipefail
 bmc=()
 if [ "$1" = --extern-bmc ]; then

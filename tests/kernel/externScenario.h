@@ -14,8 +14,7 @@ inline std::string externEventText() {
     return head + std::string(297 - head.size(), 'e') + "\"}";
 }
 
-const std::vector<uint8_t> kTelemetryDoorBell{1, 0, 0, 0, 0xA1};  // cmd 1: asked; level 0xA1
-const std::vector<uint8_t> kIofwuDoorBell{0xA0, 0xAA};
+const std::vector<uint8_t> kIofwuDoorBell{0xA0, 0xAA};  // the first byte is the answer
 
 // The one request the host leaves unanswered: Get SDR Repository Info.
 constexpr uint8_t kSilentNetFn = 0x0A, kSilentCmd = 0x20;

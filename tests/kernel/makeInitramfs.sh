@@ -12,15 +12,13 @@ trap 'rm -rf "$work"' EXIT
 mkdir -p "$work"/{bin,sbin,proc,sys,dev,tmp,etc,lib/modules/"$version"}
 cp /bin/busybox "$work/bin/busybox"
 ln -s busybox "$work/bin/sh"
-cp "$init" "$work/init"
-chmod 755 "$work/init"
+install -m 755 "$init" "$work/init"
 
 # The IPMI modules and their dependencies, by the unpacked tree's own modules.dep.
 moddir=lib/modules/$version
 wanted=$(grep -E '^kernel/drivers/char/ipmi/[^:]*:' "$kroot/$moddir/modules.dep" | tr -d ':' | tr ' ' '\n' | sort -u)
 for m in $wanted; do
-    mkdir -p "$work/$moddir/$(dirname "$m")"
-    cp "$kroot/$moddir/$m" "$work/$moddir/$m"
+    install -D -m 644 "$kroot/$moddir/$m" "$work/$moddir/$m"
 done
 cp "$kroot/$moddir"/modules.order "$kroot/$moddir"/modules.builtin* "$work/$moddir/" 2>/dev/null || true
 depmod -b "$work" "$version"
@@ -34,8 +32,7 @@ for program in "$@"; do
     fi
     strip -o "$work/bin/${program##*/}" "$program"
     for lib in $(ldd "$program" | awk '/=> \//{print $3} /^\t\/lib/{print $1}'); do
-        mkdir -p "$work$(dirname "$lib")"
-        cp -L "$lib" "$work$lib"
+        install -D "$lib" "$work$lib"  # the file a link names, under the link's name
     done
 done
 

@@ -8,10 +8,6 @@ cache=$1 work=$2 guest=$3 externHost=$4
 
 qemu=$(command -v qemu-system-x86_64) && "$qemu" --version >/dev/null 2>&1 ||
     { echo "FAIL: qemu-system-x86_64 is not installed or cannot run here (package qemu-system-x86)"; exit 1; }
-devices=$("$qemu" -device help 2>&1 || true)
-for d in ipmi-bmc-sim ipmi-bmc-extern isa-ipmi-kcs; do
-    grep -q "\"$d\"" <<<"$devices" || { echo "FAIL: this QEMU has no device $d"; exit 1; }
-done
 peers=()  # the programs the guest compares the product with
 for peer in ipmitool dmidecode; do
     peers+=("$(command -v $peer)") || { echo "FAIL: $peer is not installed (package $peer)"; exit 1; }
@@ -41,15 +37,15 @@ printf '\x09\x11\x00\x09\x01\xa5\x0d\x03\x04\x01\x00\x0c\x01\x00\x00\x02\x08PCIe
 failures=0
 fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
 
-# boot <name> <gtest filter> <tests that must pass> <SMBIOS row> [QEMU options...]
+# boot <name> <gtest filter> <SMBIOS row> [QEMU options...]; the filter selects three tests.
 # An SMBIOS row: the platform code and UUID text the product must report, the UUID that the
 # firmware stores, then QEMU's -smbios options. The guest compares the rest with dmidecode.
 boot() {
-    local name=$1 filter=$2 passed=$3 console=$work/console-$1.log start=$SECONDS
-    local -a row=($4) smbios=() run=(bash "$here/bootGuest.sh")
+    local name=$1 filter=$2 console=$work/console-$1.log start=$SECONDS
+    local -a row=($3) smbios=() run=(bash "$here/bootGuest.sh")
     local append="zuvmode=$name zuvfilter=$filter zuvsdrcount=$sdrcount"
     for s in "${row[@]:3}"; do smbios+=(-smbios "$s"); done
-    shift 4
+    shift 3
     # Behind QEMU's external BMC device the host program serves the simulated RMC.
     [ -z "${bmcsocket:-}" ] || run=("$externHost" "$bmcsocket" "${run[@]}" --extern-bmc "$bmcsocket")
     "${run[@]}" "$kroot" "$version" "$work/initrd.gz" \
@@ -57,32 +53,24 @@ boot() {
         -device virtio-rng-pci,id=rng0 "${smbios[@]}" "$@" </dev/null >"$console" 2>&1 ||
         fail "$name: QEMU or the host's checks failed"
     echo "boot $name took $((SECONDS - start)) s; console: $console"
-    tr -d '\r' <"$console" | grep -E '^\[ *(OK|FAILED|PASSED) *\]|ZUVK|HOST|Failure|Expected|Which is|Value of' || true
+    tr -d '\r' <"$console" | grep -E '^\[ *(OK|FAILED|PASSED) *\]|ZUVK|HOST|Failure|Expected|Which is|^qemu' || true
     grep -q 'ZUVK EXIT main 0' "$console" || fail "$name: the guest's tests did not pass"
-    grep -q "\[  PASSED  \] $passed tests\?\." "$console" || fail "$name: expected $passed passed tests"
+    grep -q '\[  PASSED  \] 3 tests\.' "$console" || fail "$name: expected 3 passed tests"
 }
 
+# Strings longer than the product's fields and empty ones, the UUID whose fields the product
+# swaps, two onboard devices (type 41) and a system slot (type 9); then the other UUID rule, a
+# second family and no onboard device.
 long=$(printf 'L%.0s' {1..100})
-boot bmc-sim 'DriverLoading.*:BmcSim.*:Smbios.*' 4 \
-    "0 12345678-9abc-def0-1122-334455667788 12345678-9abc-def0-1122-334455667788
-    type=1,manufacturer=Maker,product=Prod,version=1.0,serial=SN-0001,sku=SKU-1,family=PLATFAMILY00001
-    type=41,designation=OnboardRng,kind=other,instance=1,pcidev=rng0" \
+boot bmc-sim 'DriverLoading.*:BmcSim.*:Smbios.*' \
+    "0 33221100-5544-11d0-8899-aabbccddeeff 00112233-4455-d011-8899-aabbccddeeff
+    type=1,manufacturer=$long,product=$long$long,version=,serial=S$long$long,sku=,family=PLATFAMILY00001
+    type=41,designation=Rng1,kind=other,instance=1,pcidev=rng0 type=41,designation=,kind=sound,instance=2,pcidev=rng0
+    file=$work/slot.bin" \
     -device ipmi-bmc-sim,id=bmc0,sdrfile="$work/sdr.bin" -device isa-ipmi-kcs,bmc=bmc0
-grep -q 'ZUVK EXIT nodriver 0' "$work/console-bmc-sim.log" || fail "the missing-device case did not pass"
-# The service logs its failed construction once per attempt: the missing-device case makes two.
-bailouts=$(grep -c 'Unable to Open IPMI channel - Bailing out' "$work/console-bmc-sim.log" || true)
-[ "$bailouts" = 2 ] || fail "expected 2 lines 'Unable to Open IPMI channel - Bailing out', saw $bailouts"
-
-bmcsocket=$work/bmc.sock boot extern 'DriverLoading.*:Extern.*:Smbios.*' 4 \
-    "1 33221100-5544-11d0-8899-aabbccddeeff 00112233-4455-d011-8899-aabbccddeeff
-    type=1,manufacturer=Maker,family=PLATFAMILY00002"
-boot smbios-long 'Smbios.*' 1 "2 00112233-4455-d1d1-8899-aabbccddeeff 00112233-4455-d1d1-8899-aabbccddeeff
-    type=1,manufacturer=$long,product=$long$long,serial=S$long$long,family=PLATFAMILY00003 file=$work/slot.bin"
-boot smbios-empty 'Smbios.*' 1 "4 00112233-4455-0000-8899-aabbccddeeff 00112233-4455-0000-8899-aabbccddeeff
-    type=1,manufacturer=,product=,version=,serial=,sku=,family=PLATFAMILY00004
-    type=41,designation=Rng1,kind=other,instance=1,pcidev=rng0 type=41,designation=,kind=sound,instance=2,pcidev=rng0"
-boot smbios-unknown 'Smbios.*' 1 "-1 00112233-4455-11d0-8899-aabbccddeeff 00112233-4455-11d0-8899-aabbccddeeff
-    type=1,family=PLATFAMILY00004${long:0:70}"
+bmcsocket=$work/bmc.sock boot extern 'DriverLoading.*:Extern.*:Smbios.*' \
+    "1 12345678-9abc-def0-1122-334455667788 12345678-9abc-def0-1122-334455667788
+    type=1,manufacturer=Maker,product=Prod,version=1.0,serial=SN-0001,sku=SKU-1,family=PLATFAMILY00002"
 
 [ "$failures" -eq 0 ] || { echo "$failures kernel test check(s) failed"; exit 1; }
 echo "all kernel test checks passed"

@@ -8,15 +8,12 @@
 
 #include <vector>
 
-TEST(Extern, BlockCommandAndDoorBellsPassTheKernelWhole) {
+TEST(Extern, BlockCommandDoorBellAndTimeoutPassTheKernel) {
     std::vector<int> results;
     zuvkernel::service().deliverData("MPEventGen", zuvkernel::externEventText(), [&](int r) { results.push_back(r); });
     EXPECT_EQ(std::vector<int>{0}, results);
-    EXPECT_EQ(1, zuvkernel::service().checkDoorBell(2));
-    EXPECT_EQ(0xA0, zuvkernel::service().checkDoorBell(3));
-}
+    EXPECT_EQ(0xA0, zuvkernel::service().checkDoorBell(DoorBellIOFWU));
 
-TEST(Extern, UnansweredRequestEndsInTimeoutCode) {
     zuvIPMI::SDR_REPOSITORY_INFO info{};
     try {
         zuvkernel::service().getSDRRepositoryInfo(info);

@@ -36,12 +36,11 @@ struct FirstOpen {
     std::set<std::string> modulesBefore, modulesAfter;  // loaded ipmi_* modules
     bool nodeBefore = false;                            // /dev/ipmi0 existed
     double seconds = 0;                                 // the first construction took
-    time_t startedAt = 0;
 };
 
 inline const FirstOpen& firstOpen() {
     static const FirstOpen observed = [] {
-        FirstOpen o{ipmiModules(), {}, access("/dev/ipmi0", F_OK) == 0, 0, time(nullptr)};
+        FirstOpen o{ipmiModules(), {}, access("/dev/ipmi0", F_OK) == 0, 0};
         const auto start = std::chrono::steady_clock::now();
         zuvIPMIService::getIPMIServiceInstance();
         o.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -7,67 +7,53 @@
 
 #include <map>
 
-namespace {
-
-struct Dmidecode {
-    std::map<int, unsigned> structures;             // count by type
-    std::map<std::string, std::string> systemInfo;  // type 1, by dmidecode's field names
-};
-
-Dmidecode dmidecode() {
-    Dmidecode peer;
-    std::system("dmidecode -t 1 -t 9 -t 41 >/tmp/dmidecode.txt");
+TEST(Smbios, ReaderAgreesWithDmidecode) {
+    for (const char* name : {"zuvfwuuid", "zuvuuid", "zuvplatform"}) ASSERT_NE("", zuvkernel::bootValue(name)) << name;
+    std::map<int, unsigned> structures;             // dmidecode's count by type
+    std::map<std::string, std::string> systemInfo;  // its fields of type 1, by its names
+    ASSERT_EQ(0, std::system("dmidecode -t 1 -t 9 -t 41 >/tmp/dmidecode.txt"));
     std::istringstream out(zuvkernel::readText("/tmp/dmidecode.txt"));
     int type = -1;
     for (std::string line; std::getline(out, line);) {
         const size_t typeAt = line.find(", DMI type "), colon = line.find(": ");
         if (line.compare(0, 7, "Handle ") == 0 && typeAt != std::string::npos) {
-            ++peer.structures[type = std::atoi(line.c_str() + typeAt + 11)];
+            ++structures[type = std::atoi(line.c_str() + typeAt + 11)];
         } else if (type == 1 && line[0] == '\t' && colon != std::string::npos) {
-            peer.systemInfo[line.substr(1, colon - 1)] = line.substr(colon + 2);
+            systemInfo[line.substr(1, colon - 1)] = line.substr(colon + 2);
         }
     }
-    return peer;
-}
 
-}  // namespace
-
-TEST(Smbios, ReaderAgreesWithDmidecode) {
-    for (const char* name : {"zuvfwuuid", "zuvuuid", "zuvplatform"}) ASSERT_NE("", zuvkernel::bootValue(name)) << name;
-    Dmidecode peer = dmidecode();
     SMBIOSVMware smbios;
-    for (int type : {1, 9, 41}) {
+    smbiosSystemInfo* info = nullptr;
+    for (int type : {9, 41, 1}) {
         void* table = nullptr;
         unsigned count = 0;
-        EXPECT_EQ(peer.structures[type] ? 0 : -1, smbios.getSmbiosTable(type, &table, &count)) << type;
-        EXPECT_EQ(peer.structures[type], count) << "structures of type " << type;
-        free(table);
+        EXPECT_EQ(structures[type] ? 0 : -1, smbios.getSmbiosTable(type, &table, &count)) << type;
+        EXPECT_EQ(structures[type], count) << "structures of type " << type;
+        free(info);  // the table of the type before: only that of type 1, the last, stays
+        info = static_cast<smbiosSystemInfo*>(table);
     }
-
-    void* table = nullptr;
-    unsigned count = 0;
-    ASSERT_EQ(0, smbios.getSmbiosTable(1, &table, &count));
-    const auto& info = *static_cast<smbiosSystemInfo*>(table);
+    ASSERT_NE(nullptr, info);
     const struct {
         const char* peerName;
         std::string product;
         size_t width;
     } fields[] = {
-        {"Manufacturer", smbios.getManufacturer(), sizeof info.manufacturer},
-        {"Product Name", info.productName, sizeof info.productName},
-        {"Version", info.version, sizeof info.version},
-        {"Serial Number", info.serialNumber, sizeof info.serialNumber},
-        {"SKU Number", info.skuNumber, sizeof info.skuNumber},
-        {"Family", smbios.getFamily(), sizeof info.family},
+        {"Manufacturer", smbios.getManufacturer(), sizeof info->manufacturer},
+        {"Product Name", info->productName, sizeof info->productName},
+        {"Version", info->version, sizeof info->version},
+        {"Serial Number", info->serialNumber, sizeof info->serialNumber},
+        {"SKU Number", info->skuNumber, sizeof info->skuNumber},
+        {"Family", smbios.getFamily(), sizeof info->family},
     };
     for (const auto& f : fields) {
         // A string that isn't there is "Undefined" to the product; a long one is cut to its field.
-        const std::string& text = peer.systemInfo[f.peerName];
+        const std::string& text = systemInfo[f.peerName];
         EXPECT_EQ(text == "Not Specified" ? "Undefined" : text.substr(0, f.width - 1), f.product) << f.peerName;
     }
     // The UUID as the firmware stored it, and as the product prints it after its byte-order rule.
-    EXPECT_STRCASEEQ(zuvkernel::bootValue("zuvfwuuid").c_str(), peer.systemInfo["UUID"].c_str());
-    EXPECT_EQ(zuvkernel::bootValue("zuvuuid"), info.uuid);
+    EXPECT_STRCASEEQ(zuvkernel::bootValue("zuvfwuuid").c_str(), systemInfo["UUID"].c_str());
+    EXPECT_EQ(zuvkernel::bootValue("zuvuuid"), info->uuid);
     EXPECT_EQ(std::atoi(zuvkernel::bootValue("zuvplatform").c_str()), smbios.getPlatform());
-    free(table);
+    free(info);
 }

@@ -9,19 +9,16 @@
 
 #include <cstdio>
 
-using zuvsim::ExternReply;
-
 int main(int argc, char** argv) {
     if (argc < 3) return 2;
     zuvsim::SimulatedRmc rmc;
-    rmc.setDoorBell(0x82, zuvkernel::kTelemetryDoorBell);
     rmc.setDoorBell(0x83, zuvkernel::kIofwuDoorBell);
     zuvsim::ExternBmcServer server(argv[1], [&rmc](const zuvsim::ExternRequest& r) {
         if (r.netFn == zuvkernel::kSilentNetFn && r.cmd == zuvkernel::kSilentCmd) {
-            return ExternReply{ExternReply::Action::Silent, 0, {}};
+            return zuvsim::ExternReply{zuvsim::ExternReply::Action::Silent, 0, {}};
         }
         const zuvsim::Response response = rmc.handle(r.netFn, r.cmd, r.data);
-        return ExternReply{ExternReply::Action::Answer, response.completionCode, response.body};
+        return zuvsim::ExternReply{zuvsim::ExternReply::Action::Answer, response.completionCode, response.body};
     });
     const int status = server.serveDuring(argv + 2);
 
