@@ -25,9 +25,9 @@ memory | /opt/kelzuv/tmp/zuv-mem.txt | "T","Machine MBytes","\Memory\Free MBytes
             return run(row[0]);
         };
         zuvtest::writeFile(path, row[2]);  // a left-over is replaced, not added to
-        EXPECT_EQ(join({fresh(), exists(path) ? "left" : ""}, " "), row[3] + " ") << path;
+        EXPECT_EQ(join({fresh(), zuvtest::fileExists(path) ? "left" : ""}, " "), row[3] + " ") << path;
         zuvtest::writeFile("/tmp/victim", "precious\n"), symlink("/tmp/victim", path.c_str());  // never followed
-        EXPECT_EQ(join({fresh(), exists(path) ? "left" : "", zuvtest::readFile("/tmp/victim")}, " "),
+        EXPECT_EQ(join({fresh(), zuvtest::fileExists(path) ? "left" : "", zuvtest::readFile("/tmp/victim")}, " "),
                   row[3] + "  precious\n");
         zuvtest::writeFile(path + "/keep", ""), unlink("/tmp/shell.log");  // a directory: the command isn't run
         EXPECT_EQ(join({fresh(), std::to_string(linesOf("/tmp/shell.log").size())}, " "), row[4] + " 0") << path;

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <csignal>
+#include <filesystem>
 
 #include "hostTestFixture.h"
 
@@ -60,16 +61,11 @@ TEST_F(HostTest, RunnersGiveTheFgetsPiecesOfTheOutputWhateverTheExitStatus) {
 }
 
 TEST_F(HostTest, WithoutFileDescriptorsEveryOperationFailsWithItsMessage) {
-    zuvtest::writeFile("/opt/kelzuv/vital/kelZUVStartStop.txt", "last_start 5\n");
     const std::vector<Lines> rows = table(R"(
 runners | , | DEBUG ZUV_UTILS: popen() failed! : Too many open files | DEBUG VMWARE_OS_UTILS: popen() failed! : Too many open files
 runOrThrow | !Too many open files | DEBUG VMWARE_OS_UTILS: popen() failed! : [24 - Too many open files]
 version | , | ERROR ZUV_UTILS: Error occurred in identifying OS version. | ERROR ZUV_UTILS: Error occurred in identifying OS Name.
 adapter | -1,kept | ERROR ZUV_UTILS: Error occurred in identifying PCI string.
-boot | -1,0 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
-shutdown | -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
-state | 0 | ERROR VMWARE_OS_UTILS: Error occurred in opening zuv startup file
-line | "" | DEBUG ZUV_UTILS: Unable to open the file : /tmp/shell.log, error : Too many open files
 )");
     Lines results;
     std::exception_ptr thrown;
@@ -114,13 +110,13 @@ TEST_F(HostTest, AnExceptionWhileReadingStillClosesThePipeAndFreesTheInterfaceLi
 }
 
 TEST_F(HostTest, UnameAndIPv4ScansOfBothClasses) {
+    const std::string kernel = "VMkernel esx01 8.0.2 #1 SMP Release build-22380479 x86_64";
     EXPECT_EQ(join({utils.getKernelInfo(), os.getKernelInfo(), utils.getHostName(), os.getHostName()}, "|"),
-              "VMkernel esx01 8.0.2 #1 SMP Release build-22380479 x86_64|VMkernel esx01 8.0.2 #1 SMP Release "
-              "build-22380479 x86_64|esx01|esx01");
-    host.unameError = EFAULT;
-    EXPECT_EQ(join({utils.getKernelInfo(), os.getKernelInfo(), utils.getHostName(), os.getHostName()}, "|"), " | | | ");
-    for (const std::string tag : {"ERROR ZUV_UTILS: ", "ERROR VMWARE_OS_UTILS: "})
-        EXPECT_EQ(zuvtest::countMessage(logged(), tag + "uname failed with error = 14"), 2u) << tag;
+              kernel + "|" + kernel + "|esx01|esx01");
+    host.unameError = EFAULT;  // the failure code is shared: one call of each class tells its tag
+    EXPECT_EQ(join({utils.getHostName(), os.getKernelInfo()}, "|"), " | ");
+    EXPECT_EQ(logged(), (Lines{"ERROR ZUV_UTILS: uname failed with error = 14",
+                               "ERROR VMWARE_OS_UTILS: uname failed with error = 14"}));
     host.interfaces = {{"lo", AF_INET, "127.0.0.1"},   {"vmk0", AF_INET, "10.0.0.1"},
                        {"vmk0", AF_INET6, ""},         {"vmk1", 0, ""},
                        {"vmk2", AF_INET, "127.0.0.1"}, {"lo", AF_INET, "10.9.9.9"},
@@ -129,11 +125,9 @@ TEST_F(HostTest, UnameAndIPv4ScansOfBothClasses) {
     EXPECT_EQ(os.getIPv4Addresses(), (Lines{"10.0.0.1", "127.0.0.1", "10.0.0.2", "10.0.0.1"}));  // not lo
     EXPECT_TRUE(saw("DEBUG ZUV_UTILS: I/F Name: [lo] - IP Address: [127.0.0.1]"));
     EXPECT_TRUE(saw("DEBUG VMWARE_OS_UTILS: I/F Name: [vmk3] - IP Address: [10.0.0.2]"));
-    host.interfaces.clear();
-    EXPECT_TRUE(utils.getIPv4Addresses().empty() && os.getIPv4Addresses().empty());
     host.getifaddrsError = ENOMEM;
     EXPECT_TRUE(utils.getIPv4Addresses().empty() && os.getIPv4Addresses().empty());
-    EXPECT_EQ(host.listsFreed, 4);
+    EXPECT_EQ(host.listsFreed, 2);
     int type = 0;
     EXPECT_TRUE(utils.getOSType(type) && type == 104);
 }
