@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include "fakeHostSystem.h"
@@ -46,6 +47,14 @@ inline std::string join(const std::vector<std::string>& parts, const std::string
     std::string text;
     for (const std::string& part : parts) text += (&part == &parts.front() ? "" : separator) + part;
     return text;
+}
+// The call's result, or "!" and the text of the exception that it threw instead.
+inline std::string orThrown(const std::function<std::string()>& call) {
+    try {
+        return call();
+    } catch (const std::exception& e) {
+        return std::string("!") + e.what();
+    }
 }
 inline Lines linesOf(const std::string& path) {
     Lines lines;

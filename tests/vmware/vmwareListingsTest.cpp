@@ -65,7 +65,8 @@ Name | "" | WARNING VMWARE_OS_UTILS: Issue in identifying details from localcli 
         zuvtest::clearLogs(), check(row, os.extractFieldValue(text, row[0]));
 }
 
-TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRow) {
+TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRowAndFailuresAreLoggedOncePerObject) {
+    const std::string esxtop = "-c /opt/kelzuv/data/esxtopconf -b -n 1";
     const std::string header =
         R"#("(PDH-CSV 4.0)","\\esx\Memory\Machine MBytes","Kernel","\\esx\Memory\Free MBytes",)#";
     // esxtop's output, behind the header when it begins with a line feed | machine and free memory
@@ -79,14 +80,10 @@ TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRow) {
 "T","\Memory\Free MBytes","x","Machine MBytes (total)",\n"t","10240","1","20480",\n | 20,10
 "T","Machine MBytes","Machine MBytes",\n"t","1024","4096",\n | 4,0
 )#")) {
-        tools.answer("esxtop", "-c /opt/kelzuv/data/esxtopconf -b -n 1", row[0][0] == '\n' ? header + row[0] : row[0]);
+        tools.answer("esxtop", esxtop, row[0][0] == '\n' ? header + row[0] : row[0]);
         check(row, run("memory"));
     }
     EXPECT_EQ(logged(), Lines{});
-}
-
-TEST_F(HostTest, MemoryFailuresOfEsxtopAreLoggedOncePerObject) {
-    const std::string esxtop = "-c /opt/kelzuv/data/esxtopconf -b -n 1";
     tools.fail("esxtop", esxtop, 1);
     std::string results = run("memory") + run("memory");
     tools.answer("esxtop", esxtop, "\"T\",\"Machine MBytes\",\n\"t\",\"8192\",\n");
