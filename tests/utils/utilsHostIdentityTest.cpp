@@ -9,7 +9,8 @@ TEST_F(HostTest, AuxiliaryAddressFollowsTheHostAndThePrimaryIsFixedUntilRefreshe
     // | its result, then the primary and auxiliary addresses ("-": empty) and the interface lists handed out | lines
     // logged
     for (const Lines& row : table(R"(
-10.0.0.2 | primary | 10.0.0.2 10.0.0.2 10.0.0.2 1 | DEBUG ZUV_UTILS: Get aux IPv4 address populated | DEBUG ZUV_UTILS: primaryIPv4Address= 10.0.0.2 auxIPv4Address=10.0.0.2 tempIP=10.0.0.2
+10.0.0.2 | primary | 10.0.0.2 10.0.0.2 10.0.0.2 1 | DEBUG ZUV_UTILS: Get aux IPv4 address populated
+    | DEBUG ZUV_UTILS: primaryIPv4Address= 10.0.0.2 auxIPv4Address=10.0.0.2 tempIP=10.0.0.2
 10.0.0.1 10.0.0.2 | primary | 10.0.0.2 10.0.0.2 10.0.0.2 1
 10.0.0.1 10.0.0.2 | refresh | 10.0.0.1,10.0.0.2 10.0.0.1 10.0.0.2 2
 lo | primary | 10.0.0.1 10.0.0.1 10.0.0.2 2

@@ -12,11 +12,16 @@ TEST_F(HostTest, ScratchFilesAreMadeAfreshNeverFollowedAndAlwaysRemoved) {
     // operation | scratch file | what a killed run left there | result | result when the name can't be cleared, and its
     // message
     for (const Lines& row : table(R"(
-boot | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583298367 | -1,0 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
-shutdown | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583366400 | -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
-topology | /opt/kelzuv/tmp/fc_topology.txt | 2019\n | 0000:03:00.0 | NotAvailable | ERROR ZUV_UTILS: Error occurred in gathering FC topology information.
-names | /opt/kelzuv/tmp/fc_name.txt | 2019\n | vmhba1 | NotAvailable | ERROR ZUV_UTILS: Error occurred in gathering localcli storage SAN information
-memory | /opt/kelzuv/tmp/zuv-mem.txt | "T","Machine MBytes","\Memory\Free MBytes",\n"t","2048","1024",\n | 8,4 | none | ERROR VMWARE_OS_UTILS: Unable to fetch physical memory information.
+boot | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583298367 | -1,0
+    | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
+shutdown | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583366400 | -1,7
+    | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
+topology | /opt/kelzuv/tmp/fc_topology.txt | 2019\n | 0000:03:00.0 | NotAvailable
+    | ERROR ZUV_UTILS: Error occurred in gathering FC topology information.
+names | /opt/kelzuv/tmp/fc_name.txt | 2019\n | vmhba1 | NotAvailable
+    | ERROR ZUV_UTILS: Error occurred in gathering localcli storage SAN information
+memory | /opt/kelzuv/tmp/zuv-mem.txt | "T","Machine MBytes","\Memory\Free MBytes",\n"t","2048","1024",\n | 8,4 | none
+    | ERROR VMWARE_OS_UTILS: Unable to fetch physical memory information.
 )")) {
         const std::string& path = row[1];
         const auto fresh = [&] {  // the maps as the operation needs them

@@ -35,7 +35,9 @@ abcd-03-04T05:06:07Z | UTC0 | 1700000000 | !stoi
 TEST_F(HostTest, BootAndShutdownTimesComeFromTheLastLinesOfTheSummaryLog) {
     // summary log ("none": no file) | boot times: result, last - previous | shutdown time: result, the time (7 before)
     for (const Lines& row : table(R"(
-2020-03-01T00:00:00Z Host has booted\n2020-03-02T05:06:07Z Host is rebooting\n2020-03-03T00:00:00Z x Host has booted\n2020-03-04T05:06:07Z x: Host has booted\n | 0,104767 0,1583125567
+2020-03-01T00:00:00Z Host has booted\n2020-03-02T05:06:07Z Host is rebooting\n2020-03-03T00:00:00Z x Host has booted\n
+    2020-03-04T05:06:07Z x: Host has booted\n
+    | 0,104767 0,1583125567
 2020-03-04T05:06:07Z Host has booted | 0,1583298367 0,7
 2020-03-01T00:00:00Z Host is rebooting\n2020-03-04T05:06:07Z Host is rebooting\n | 0,7 0,1583298367
 none | 0,7 0,7
@@ -52,8 +54,10 @@ none | 0,7 0,7
     }
     // awk | the results | the warnings: the shutdown time's has two blanks when the file can't be read
     for (const Lines& row : table(R"(
-exit 3 | -1,0 -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information. | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
-rm -f /tmp/zuvboot.log | -1,0 -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information. | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time  information.
+exit 3 | -1,0 -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
+    | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
+rm -f /tmp/zuvboot.log | -1,0 -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
+    | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time  information.
 )"))
         replaceTool("awk", row[0]), zuvtest::clearLogs(), check(row, run("boot") + " " + run("shutdown"));
 }

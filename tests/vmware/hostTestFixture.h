@@ -26,18 +26,26 @@ extern "C" inline __attribute__((used)) time_t __wrap_time(time_t* out) {
     return out != nullptr ? (*out = now) : now;
 }
 
-// Rows a line, cells parted by " | " ("" is an empty cell; \n and \t stand for their characters).
+// Rows a line, cells parted by " | " ("" is an empty cell; \n and \t stand for their characters). A line indented
+// by four blanks carries on the row above: "    | cell" adds cells, "    text" goes on with its last cell.
 inline std::vector<Lines> table(const std::string& text, const std::string& separator = " | ") {
     std::vector<Lines> rows;
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) {
         if (line.empty()) continue;
-        rows.emplace_back();
+        const bool more = line.rfind("    ", 0) == 0;
+        if (!more) rows.emplace_back();
+        line.erase(0, more ? 4 : 0);
+        const bool sameCell = more && line.rfind(separator.substr(1), 0) != 0;
+        line.erase(0, more && !sameCell ? separator.size() - 1 : 0);
         for (size_t at = 0, end = 0; end != std::string::npos; at = end + separator.size()) {
             std::string cell = line.substr(at, (end = line.find(separator, at)) - at);
             for (const auto& [from, to] : {std::pair{"\\n", "\n"}, {"\\t", "\t"}})
                 for (size_t n; (n = cell.find(from)) != std::string::npos;) cell.replace(n, 2, to);
-            rows.back().push_back(cell == "\"\"" ? "" : cell);
+            if (sameCell && at == 0)
+                rows.back().back() += cell;
+            else
+                rows.back().push_back(cell == "\"\"" ? "" : cell);
         }
     }
     return rows;

@@ -33,7 +33,8 @@ protected:
 TEST_F(BootTracking, ValueIsTheStrtolOfTheTokenAfterTheFirstWholeTokenKey) {
     for (const Lines& row : table(R"(
 last_stop 30\n\n\nlast_start 20\ncurrent_start 10\n | last_start | 20
-last_start 1700000000123\n | last_start | 1700000000123 | DEBUG VMWARE_OS_UTILS: content to match =last_start | DEBUG VMWARE_OS_UTILS: Successful in opening zuv startup file | DEBUG VMWARE_OS_UTILS: Found a match 1700000000123
+last_start 1700000000123\n | last_start | 1700000000123 | DEBUG VMWARE_OS_UTILS: content to match =last_start
+    | DEBUG VMWARE_OS_UTILS: Successful in opening zuv startup file | DEBUG VMWARE_OS_UTILS: Found a match 1700000000123
 last_start 123abc\nlast_stop -17 | last_start | 123
 last_start abc\nlast_stop 5\n | last_start | 0
 last_start\n\n  99\n | last_start | 99
@@ -52,13 +53,19 @@ TEST_F(BootTracking, RewritesChangeTheirKeyLinesAndNeverTakeALeftOverTwin) {
     // state file before ("as left": as the row before left it) | action | after | debug line | left-over twin
     for (const Lines& row : table(R"(
 none | init | current_start NOW\nlast_start 0\nlast_stop 0\n | Successful in creating the file | gone
-as left | last | current_start NOW\nlast_start NOW\nlast_stop 0\n | After sending OS boots events, we can set current_start to last_start otherwise  it will happen during ZUV shutdown. And in case of crash it won't happen. | gone
-as left | stop | last_start NOW\nlast_stop NOW\ncurrent_start 0\n | During ZUV service shutdown, last_start : NOW, last_stop : NOW, current_start : 0 | gone
-last_start 5\nlast_stop 9\ncurrent_start 0\n | init | last_start 5\nlast_stop 9\ncurrent_start NOW\n | During ZUV service init, last_start : 5, last_stop : 9, current_start : NOW | gone
+as left | last | current_start NOW\nlast_start NOW\nlast_stop 0\n
+    | After sending OS boots events, we can set current_start to last_start otherwise  it will happen during ZUV
+     shutdown. And in case of crash it won't happen.
+    | gone
+as left | stop | last_start NOW\nlast_stop NOW\ncurrent_start 0\n
+    | During ZUV service shutdown, last_start : NOW, last_stop : NOW, current_start : 0 | gone
+last_start 5\nlast_stop 9\ncurrent_start 0\n | init | last_start 5\nlast_stop 9\ncurrent_start NOW\n
+    | During ZUV service init, last_start : 5, last_stop : 9, current_start : NOW | gone
 last_stop 9\n\n# current_start 3\nlast_start 5 | init | last_stop 9\n\ncurrent_start NOW\nlast_start 5\n | "" | gone
 last_start 5\nlast_stop 9\n | init | last_start 5\nlast_stop 9\n | "" | gone
 as left | last | last_start 5\nlast_stop 9\n | "" | stays
-last_stop 9\nlast_start 5\ncurrent_start 77\nold last_start 1\n | last | last_stop 9\nlast_start 77\ncurrent_start 77\nlast_start 77\n | "" | gone
+last_stop 9\nlast_start 5\ncurrent_start 77\nold last_start 1\n | last
+    | last_stop 9\nlast_start 77\ncurrent_start 77\nlast_start 77\n | "" | gone
 none | last | none | Could not update the 'last_start' value in /opt/kelzuv/vital/kelZUVStartStop.txt | stays
 )")) {
         if (row[0] != "as left") unlink(kState.c_str());

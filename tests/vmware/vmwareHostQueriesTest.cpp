@@ -33,7 +33,8 @@ names => localcli storage san fc list | grep -e 'Adapter: ' -e 'Node Name:'>> /o
 adapter => localcli storage core adapter list | grep -i 'vmhba1'
 boot => grep "Host has booted" /var/log/vmksummary.log | tail -2 | awk '{print $1}' >> /tmp/zuvboot.log
 shutdown => grep "Host is rebooting" /var/log/vmksummary.log | tail -1 | awk '{print $1}' >> /tmp/zuvboot.log
-ids => cat /opt/kelzuv/tmp/zuv_hwlist.txt | awk '/0000:3b:00.0/,/^$/' | grep -w 'Vendor ID:\|Device ID:' => cat /opt/kelzuv/tmp/zuv_hwlist.txt | awk '/0000:3b:00.0/,/^$/' | grep -w 'SubVendor ID:\|SubDevice ID:'
+ids => cat /opt/kelzuv/tmp/zuv_hwlist.txt | awk '/0000:3b:00.0/,/^$/' | grep -w 'Vendor ID:\|Device ID:'
+    => cat /opt/kelzuv/tmp/zuv_hwlist.txt | awk '/0000:3b:00.0/,/^$/' | grep -w 'SubVendor ID:\|SubDevice ID:'
 memory => esxtop -c /opt/kelzuv/data/esxtopconf -b -n 1 >> /opt/kelzuv/tmp/zuv-mem.txt
 sync => /bin/vim-cmd hostsvc/firmware/sync_config => /bin/vim-cmd hostsvc/firmware/sync_config
 )",
@@ -62,9 +63,11 @@ TEST_F(HostTest, RunnersGiveTheFgetsPiecesOfTheOutputWhateverTheExitStatus) {
 TEST_F(HostTest, WithoutAShellEveryCommandFailsWithItsMessage) {
     unlink("/bin/sh");  // popen() can't start the shell: glibc then tells ENOMEM
     for (const Lines& row : table(R"(
-runners | , | DEBUG ZUV_UTILS: popen() failed! : Cannot allocate memory | DEBUG VMWARE_OS_UTILS: popen() failed! : Cannot allocate memory
+runners | , | DEBUG ZUV_UTILS: popen() failed! : Cannot allocate memory
+    | DEBUG VMWARE_OS_UTILS: popen() failed! : Cannot allocate memory
 runOrThrow | !Cannot allocate memory | DEBUG VMWARE_OS_UTILS: popen() failed! : [12 - Cannot allocate memory]
-version | , | ERROR ZUV_UTILS: Error occurred in identifying OS version. | ERROR ZUV_UTILS: Error occurred in identifying OS Name.
+version | , | ERROR ZUV_UTILS: Error occurred in identifying OS version.
+    | ERROR ZUV_UTILS: Error occurred in identifying OS Name.
 adapter | -1,kept | ERROR ZUV_UTILS: Error occurred in identifying PCI string.
 )"))
         check(row, orThrown([&] { return run(row[0]); }));

@@ -15,12 +15,16 @@ TEST_F(HostTest, PciIdsComeFromTheBlocksOfTheKeyDeviceIdFirst) {
     zuvtest::writeFile("/opt/kelzuv/tmp/zuv_hwlist.txt", listing);
     // key | device id, vendor id, subsystem device id, subsystem vendor id | lines logged
     for (const Lines& row : table(R"(
-0000:00:00.0 | 0x2020,0x8086,0x095d,0x15d9 | DEBUG VMWARE_OS_UTILS: vendorId = 0x8086, deviceId = 0x2020 | DEBUG VMWARE_OS_UTILS: subVendorId = 0x15d9, subDeviceId = 0x095d
+0000:00:00.0 | 0x2020,0x8086,0x095d,0x15d9 | DEBUG VMWARE_OS_UTILS: vendorId = 0x8086, deviceId = 0x2020
+    | DEBUG VMWARE_OS_UTILS: subVendorId = 0x15d9, subDeviceId = 0x095d
 vmnic5 | 0x1018,0x15b4,,
 Mellanox | 0x1017,0x15b3,0x0007,0x15b3
 I/O Hub | ,0xZZ12,,0x1234
 0000:3b:00\.1 | 0x1018,0x15b4,,
-Lonely | ,0xabcd,, | DEBUG VMWARE_OS_UTILS: Cound not fetch deviceId for Lonely | !DEBUG VMWARE_OS_UTILS: Cound not fetch vendorId for Lonely | DEBUG VMWARE_OS_UTILS: Cound not fetch subVendorId for Lonely | DEBUG VMWARE_OS_UTILS: Cound not fetch subDeviceId for Lonely
+Lonely | ,0xabcd,, | DEBUG VMWARE_OS_UTILS: Cound not fetch deviceId for Lonely
+    | !DEBUG VMWARE_OS_UTILS: Cound not fetch vendorId for Lonely
+    | DEBUG VMWARE_OS_UTILS: Cound not fetch subVendorId for Lonely
+    | DEBUG VMWARE_OS_UTILS: Cound not fetch subDeviceId for Lonely
 0000:ff:00.0 | ,,, | DEBUG VMWARE_OS_UTILS: Cound not fetch vendorId for 0000:ff:00.0
 )"))
         zuvtest::clearLogs(), check(row, run("ids:" + row[0]));
@@ -29,17 +33,26 @@ Lonely | ,0xabcd,, | DEBUG VMWARE_OS_UTILS: Cound not fetch deviceId for Lonely 
 TEST_F(HostTest, NamesPlacedIntoCommandLinesCannotRunASecondCommand) {
     // name | adapter PCI text (-1: refused), PCI ids | warnings
     for (const Lines& row : table(R"(
-x'; touch /tmp/pwned; echo ' | -1,kept ,,, safe | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [x'; touch /tmp/pwned; echo '] | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x'; touch /tmp/pwned; echo ']
+x'; touch /tmp/pwned; echo ' | -1,kept ,,, safe
+    | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [x'; touch
+     /tmp/pwned; echo ']
+    | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x'; touch /tmp/pwned; echo
+     ']
 x'$(touch /tmp/pwned)' | -1,kept ,,, safe
 x'`touch /tmp/pwned`' | -1,kept ,,, safe
 x\ntouch /tmp/pwned | -1,kept ,,, safe
--e x | -1,kept ,,, safe | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [-e x] | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [-e x]
+-e x | -1,kept ,,, safe
+    | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [-e x]
+    | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [-e x]
 $(touch /tmp/pwned) | 1,kept ,,, safe
 `touch /tmp/pwned`; touch /tmp/pwned | 1,kept ,,, safe
-x/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x/ { system("touch /tmp/pwned") } /y]
+x/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe
+    | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x/ { system("touch
+     /tmp/pwned") } /y]
 x\/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe
 x\\/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe
-trailing\ | 1,kept ,,, safe | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [trailing\]
+trailing\ | 1,kept ,,, safe
+    | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [trailing\]
 )")) {
         zuvtest::clearLogs();
         check(row, join({run("adapter:" + row[0]), run("ids:" + row[0]),
@@ -60,7 +73,9 @@ TEST_F(HostTest, FieldLinesAreJoinedWithCommasAndValuesTakenBehindColonAndBlank)
 ,Name: [a-z:]+ | a:b
 ,SubVendor ID: 0x[A-Za-z0-9]{4} | "" | DEBUG VMWARE_OS_UTILS: Error detecting valueType : No match
 (unclosed | "" | WARNING VMWARE_OS_UTILS: Error Compiling Regex, Return Value: 8, Error Info: Unmatched ( or \(
-Name | "" | WARNING VMWARE_OS_UTILS: Issue in identifying details from localcli output :  ,Vendor ID: 0x8086 ,Device ID: 0x20201 ,Name: a:b
+Name | ""
+    | WARNING VMWARE_OS_UTILS: Issue in identifying details from localcli output :  ,Vendor ID: 0x8086 ,Device ID:
+     0x20201 ,Name: a:b
 )"))
         zuvtest::clearLogs(), check(row, os.extractFieldValue(text, row[0]));
 }
