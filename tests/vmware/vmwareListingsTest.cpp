@@ -38,8 +38,6 @@ x'; touch /tmp/pwned; echo ' | -1,kept ,,, safe
      /tmp/pwned; echo ']
     | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x'; touch /tmp/pwned; echo
      ']
-x'$(touch /tmp/pwned)' | -1,kept ,,, safe
-x'`touch /tmp/pwned`' | -1,kept ,,, safe
 x\ntouch /tmp/pwned | -1,kept ,,, safe
 -e x | -1,kept ,,, safe
     | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [-e x]
