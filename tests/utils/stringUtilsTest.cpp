@@ -45,19 +45,3 @@ TEST(StringUtils, EachHelperOnTheCasesThatTellItsRules) {
     EXPECT_EQ(join({vendor, model, std::to_string(vendorFound), std::to_string(modelFound)}), "Acme,,1,0");
     EXPECT_EQ(errnoMessage(ENOENT), "No such file or directory");
 }
-
-TEST(StringUtils, FindLineOrThrow) {
-    zuvtest::writeFile("/tmp/find.txt", "one\ntwo pattern\nthree pattern");
-    EXPECT_EQ(join({findLineOrThrow("/tmp/find.txt", "pattern"), findLineOrThrow("/tmp/find.txt", "three")}),
-              "two pattern,three pattern");
-    for (const Lines& row : table(R"(
-/tmp/find.txt | four | The string pattern : four not found in the file : /tmp/find.txt
-/tmp/none.txt | x | Unable to open the file : /tmp/none.txt
-)")) {
-        try {
-            findLineOrThrow(row[0], row[1]), ADD_FAILURE() << "no exception for " << row[1];
-        } catch (const std::runtime_error& e) {
-            EXPECT_EQ(e.what(), row[2]);
-        }
-    }
-}

@@ -1,18 +1,24 @@
 // Text picked out of files and strings: the line search, the POSIX expression search, the two
 // text cutters and the error text.
 #include "hostTestFixture.h"
+#include "utils/zuvStringUtils.h"
 
 TEST_F(HostTest, FindLineAndRegexSearch) {
     zuvtest::writeFile("/tmp/lines.txt", "alpha one\nbeta two\nalpha three\ngamma last");
-    // pattern | first line holding it | lines logged
+    // pattern | file | first line holding it, or findLineOrThrow's exception ("!") | the same from findLineInFile |
+    // lines logged
     for (const Lines& row : table(R"(
-two | beta two
-gamma | gamma last
-"" | alpha one
-Alpha | "" | DEBUG ZUV_UTILS: The string pattern : Alpha not found in the file : /tmp/lines.txt
-a.p | ""
-)"))
-        check(row, utils.findLineInFile("/tmp/lines.txt", row[0]));
+two | /tmp/lines.txt | beta two | beta two
+"" | /tmp/lines.txt | alpha one | alpha one
+Alpha | /tmp/lines.txt | !The string pattern : Alpha not found in the file : /tmp/lines.txt | ""
+    | DEBUG ZUV_UTILS: The string pattern : Alpha not found in the file : /tmp/lines.txt
+a.p | /tmp/lines.txt | !The string pattern : a.p not found in the file : /tmp/lines.txt | ""
+x | /tmp/none.txt | !Unable to open the file : /tmp/none.txt | ""
+    | DEBUG ZUV_UTILS: Unable to open the file : /tmp/none.txt, error : No such file or directory
+)")) {
+        EXPECT_EQ(orThrown([&] { return zuvStringUtils::findLineOrThrow(row[1], row[0]); }), row[2]) << row[0];
+        check(row, utils.findLineInFile(row[1], row[0]), 3);
+    }
     regex_t compiled;
     regmatch_t m[5];
     ASSERT_TRUE(utils.regexSearch("id r001i02s03 end", "r([0-9]{3})i([0-9]{2})", &compiled, m, 5));
@@ -45,7 +51,6 @@ TEST_F(HostTest, TrimBlanksAndExtractBetween) {
     // text | start marker | end marker | the text between
     for (const Lines& row : table(R"(
 r001i02s03 | r | i | 001
-r001i02s03 | i | s | 02
 xyz | r | i | xyz
 b a | a | b | ""
 xaqq | a | b | qq

@@ -12,11 +12,16 @@ TEST_F(HostTest, ScratchFilesAreMadeAfreshNeverFollowedAndAlwaysRemoved) {
     // operation | scratch file | what a killed run left there | result | result when the name can't be cleared, and its
     // message
     for (const Lines& row : table(R"(
-boot | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583298367 | -1,0 | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
-shutdown | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583366400 | -1,7 | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
-topology | /opt/kelzuv/tmp/fc_topology.txt | 2019\n | 0000:03:00.0 | NotAvailable | ERROR ZUV_UTILS: Error occurred in gathering FC topology information.
-names | /opt/kelzuv/tmp/fc_name.txt | 2019\n | vmhba1 | NotAvailable | ERROR ZUV_UTILS: Error occurred in gathering localcli storage SAN information
-memory | /opt/kelzuv/tmp/zuv-mem.txt | "T","Machine MBytes","\Memory\Free MBytes",\n"t","2048","1024",\n | 8,4 | none | ERROR VMWARE_OS_UTILS: Unable to fetch physical memory information.
+boot | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583298367 | -1,0
+    | WARNING ZUV_UTILS: Error occurred in gathering system boot time information.
+shutdown | /tmp/zuvboot.log | 2019-01-01T00:00:00Z\n | 0,1583366400 | -1,7
+    | WARNING ZUV_UTILS: Error occurred in gathering system last shutdown time information.
+topology | /opt/kelzuv/tmp/fc_topology.txt | 2019\n | 0000:03:00.0 | NotAvailable
+    | ERROR ZUV_UTILS: Error occurred in gathering FC topology information.
+names | /opt/kelzuv/tmp/fc_name.txt | 2019\n | vmhba1 | NotAvailable
+    | ERROR ZUV_UTILS: Error occurred in gathering localcli storage SAN information
+memory | /opt/kelzuv/tmp/zuv-mem.txt | "T","Machine MBytes","\Memory\Free MBytes",\n"t","2048","1024",\n | 8,4 | none
+    | ERROR VMWARE_OS_UTILS: Unable to fetch physical memory information.
 )")) {
         const std::string& path = row[1];
         const auto fresh = [&] {  // the maps as the operation needs them
@@ -25,9 +30,9 @@ memory | /opt/kelzuv/tmp/zuv-mem.txt | "T","Machine MBytes","\Memory\Free MBytes
             return run(row[0]);
         };
         zuvtest::writeFile(path, row[2]);  // a left-over is replaced, not added to
-        EXPECT_EQ(join({fresh(), exists(path) ? "left" : ""}, " "), row[3] + " ") << path;
+        EXPECT_EQ(join({fresh(), zuvtest::fileExists(path) ? "left" : ""}, " "), row[3] + " ") << path;
         zuvtest::writeFile("/tmp/victim", "precious\n"), symlink("/tmp/victim", path.c_str());  // never followed
-        EXPECT_EQ(join({fresh(), exists(path) ? "left" : "", zuvtest::readFile("/tmp/victim")}, " "),
+        EXPECT_EQ(join({fresh(), zuvtest::fileExists(path) ? "left" : "", zuvtest::readFile("/tmp/victim")}, " "),
                   row[3] + "  precious\n");
         zuvtest::writeFile(path + "/keep", ""), unlink("/tmp/shell.log");  // a directory: the command isn't run
         EXPECT_EQ(join({fresh(), std::to_string(linesOf("/tmp/shell.log").size())}, " "), row[4] + " 0") << path;

@@ -15,12 +15,16 @@ TEST_F(HostTest, PciIdsComeFromTheBlocksOfTheKeyDeviceIdFirst) {
     zuvtest::writeFile("/opt/kelzuv/tmp/zuv_hwlist.txt", listing);
     // key | device id, vendor id, subsystem device id, subsystem vendor id | lines logged
     for (const Lines& row : table(R"(
-0000:00:00.0 | 0x2020,0x8086,0x095d,0x15d9 | DEBUG VMWARE_OS_UTILS: vendorId = 0x8086, deviceId = 0x2020 | DEBUG VMWARE_OS_UTILS: subVendorId = 0x15d9, subDeviceId = 0x095d
+0000:00:00.0 | 0x2020,0x8086,0x095d,0x15d9 | DEBUG VMWARE_OS_UTILS: vendorId = 0x8086, deviceId = 0x2020
+    | DEBUG VMWARE_OS_UTILS: subVendorId = 0x15d9, subDeviceId = 0x095d
 vmnic5 | 0x1018,0x15b4,,
 Mellanox | 0x1017,0x15b3,0x0007,0x15b3
 I/O Hub | ,0xZZ12,,0x1234
 0000:3b:00\.1 | 0x1018,0x15b4,,
-Lonely | ,0xabcd,, | DEBUG VMWARE_OS_UTILS: Cound not fetch deviceId for Lonely | !DEBUG VMWARE_OS_UTILS: Cound not fetch vendorId for Lonely | DEBUG VMWARE_OS_UTILS: Cound not fetch subVendorId for Lonely | DEBUG VMWARE_OS_UTILS: Cound not fetch subDeviceId for Lonely
+Lonely | ,0xabcd,, | DEBUG VMWARE_OS_UTILS: Cound not fetch deviceId for Lonely
+    | !DEBUG VMWARE_OS_UTILS: Cound not fetch vendorId for Lonely
+    | DEBUG VMWARE_OS_UTILS: Cound not fetch subVendorId for Lonely
+    | DEBUG VMWARE_OS_UTILS: Cound not fetch subDeviceId for Lonely
 0000:ff:00.0 | ,,, | DEBUG VMWARE_OS_UTILS: Cound not fetch vendorId for 0000:ff:00.0
 )"))
         zuvtest::clearLogs(), check(row, run("ids:" + row[0]));
@@ -29,22 +33,29 @@ Lonely | ,0xabcd,, | DEBUG VMWARE_OS_UTILS: Cound not fetch deviceId for Lonely 
 TEST_F(HostTest, NamesPlacedIntoCommandLinesCannotRunASecondCommand) {
     // name | adapter PCI text (-1: refused), PCI ids | warnings
     for (const Lines& row : table(R"(
-x'; touch /tmp/pwned; echo ' | -1,kept ,,, safe | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [x'; touch /tmp/pwned; echo '] | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x'; touch /tmp/pwned; echo ']
-x'$(touch /tmp/pwned)' | -1,kept ,,, safe
-x'`touch /tmp/pwned`' | -1,kept ,,, safe
-x'\ntouch /tmp/pwned\n' | -1,kept ,,, safe
+x'; touch /tmp/pwned; echo ' | -1,kept ,,, safe
+    | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [x'; touch
+     /tmp/pwned; echo ']
+    | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x'; touch /tmp/pwned; echo
+     ']
 x\ntouch /tmp/pwned | -1,kept ,,, safe
--e x | -1,kept ,,, safe | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [-e x] | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [-e x]
+-e x | -1,kept ,,, safe
+    | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [-e x]
+    | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [-e x]
 $(touch /tmp/pwned) | 1,kept ,,, safe
 `touch /tmp/pwned`; touch /tmp/pwned | 1,kept ,,, safe
-x/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x/ { system("touch /tmp/pwned") } /y]
+x/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe
+    | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x/ { system("touch
+     /tmp/pwned") } /y]
 x\/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe
 x\\/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe
-trailing\ | 1,kept ,,, safe | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [trailing\]
+trailing\ | 1,kept ,,, safe
+    | WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [trailing\]
 )")) {
         zuvtest::clearLogs();
-        check(row,
-              join({run("adapter:" + row[0]), run("ids:" + row[0]), exists("/tmp/pwned") ? "pwned" : "safe"}, " "));
+        check(row, join({run("adapter:" + row[0]), run("ids:" + row[0]),
+                         zuvtest::fileExists("/tmp/pwned") ? "pwned" : "safe"},
+                        " "));
         unlink("/tmp/pwned");
     }
 }
@@ -60,18 +71,20 @@ TEST_F(HostTest, FieldLinesAreJoinedWithCommasAndValuesTakenBehindColonAndBlank)
 ,Name: [a-z:]+ | a:b
 ,SubVendor ID: 0x[A-Za-z0-9]{4} | "" | DEBUG VMWARE_OS_UTILS: Error detecting valueType : No match
 (unclosed | "" | WARNING VMWARE_OS_UTILS: Error Compiling Regex, Return Value: 8, Error Info: Unmatched ( or \(
-Name | "" | WARNING VMWARE_OS_UTILS: Issue in identifying details from localcli output :  ,Vendor ID: 0x8086 ,Device ID: 0x20201 ,Name: a:b
+Name | ""
+    | WARNING VMWARE_OS_UTILS: Issue in identifying details from localcli output :  ,Vendor ID: 0x8086 ,Device ID:
+     0x20201 ,Name: a:b
 )"))
         zuvtest::clearLogs(), check(row, os.extractFieldValue(text, row[0]));
 }
 
-TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRow) {
+TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRowAndFailuresAreLoggedOncePerObject) {
+    const std::string esxtop = "-c /opt/kelzuv/data/esxtopconf -b -n 1";
     const std::string header =
         R"#("(PDH-CSV 4.0)","\\esx\Memory\Machine MBytes","Kernel","\\esx\Memory\Free MBytes",)#";
     // esxtop's output, behind the header when it begins with a line feed | machine and free memory
     for (const Lines& row : table(R"#(
 \n"t","262041","1200","130000",\n | 255,126
-\n"t","1023","1200","1024",\n | 0,1
 \n"t","4096.75","1200","2047.99",\n | 4,1
 \n"t","abc","1200","-2048",\n | 0,-2
 \n"t",819200,"1200","2048",\n | 0,2
@@ -79,26 +92,19 @@ TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRow) {
 "T","Machine MBytes","\Memory\Free MBytes"\n"t","8192","2048"\n | 0,0
 "T","\Memory\Free MBytes","x","Machine MBytes (total)",\n"t","10240","1","20480",\n | 20,10
 "T","Machine MBytes","Machine MBytes",\n"t","1024","4096",\n | 4,0
-"" | 0,0
 )#")) {
-        tools.answer("esxtop", "-c /opt/kelzuv/data/esxtopconf -b -n 1", row[0][0] == '\n' ? header + row[0] : row[0]);
+        tools.answer("esxtop", esxtop, row[0][0] == '\n' ? header + row[0] : row[0]);
         check(row, run("memory"));
     }
     EXPECT_EQ(logged(), Lines{});
-}
-
-TEST_F(HostTest, MemoryFailuresOfEsxtopAreLoggedOncePerObject) {
-    const std::string esxtop = "-c /opt/kelzuv/data/esxtopconf -b -n 1";
     tools.fail("esxtop", esxtop, 1);
     std::string results = run("memory") + run("memory");
     tools.answer("esxtop", esxtop, "\"T\",\"Machine MBytes\",\n\"t\",\"8192\",\n");
-    results += run("memory");
-    tools.forget("esxtop", esxtop);
-    results +=
-        run("memory") + (zuvVMwareOSUtils().getMemoryFigures().empty() ? "none" : "");  // a new object logs again
+    results += run("memory");  // a success doesn't reset the flag
+    tools.fail("esxtop", esxtop, 1);
+    results += run("memory") + (zuvVMwareOSUtils().getMemoryFigures().empty() ? "none" : "");  // a new object logs
     replaceTool("esxtop", "rm -f /opt/kelzuv/tmp/zuv-mem.txt");  // succeeds, but leaves nothing to read
-    results += run("memory") + run("memory");
-    EXPECT_EQ(results, "nonenone8,0nonenonenonenone");
+    EXPECT_EQ(results + run("memory") + run("memory"), "nonenone8,0nonenonenonenone");
     Lines failures = logged();
     for (std::string& line : failures) line = line.substr(0, line.find(" : "));
     const std::string fetching = "ERROR VMWARE_OS_UTILS: Error occurred in fetching physical memory information";
