@@ -3,8 +3,8 @@
 # root, or the guest of kernelDemo.sh): the configuration, the host's SMBIOS image and the
 # answer of its version tool; the simulated service on the library's road to an RMC; zuvCli's
 # test event and inventory; then the service's report, the inventory and the log lines of each
-# subsystem on the road. zuvCli, zuvSimService, zuvSmbiosImageTool and the stand-in localcli
-# come from PATH.
+# subsystem on the road. zuvCli, zuvSimService, zuvSmbiosImageTool and the host tools' stand-in
+# fakeHostTool come from PATH.
 # Usage: demoRoad.sh sim|device   (the RMC in the service's process behind the IPMI device
 #                                  seam, or behind the host's /dev/ipmi0)
 set -eu
@@ -21,8 +21,10 @@ cat > /opt/kelzuv/vital/zuv.conf <<'CONF'
 CONF
 zuvSmbiosImageTool /vmfs/devices/char/mem/smbios
 export ZUV_FAKE_DIR=/tmp/zuvfake
-mkdir -p /tmp/zuvfake/localcli
+mkdir -p /tmp/zuvfake/localcli /tmp/zuvfake/bin
 printf '   Product: VMware ESXi\n   Version: 8.0.3\n' > /tmp/zuvfake/localcli/system_version_get.out
+ln -sf "$(command -v fakeHostTool)" /tmp/zuvfake/bin/localcli  # the stand-in answers as the tool it is named
+export PATH="/tmp/zuvfake/bin:$PATH"
 
 cd /tmp
 zuvSimService --rmc "$1" --rmc-report /tmp/rmc.txt &

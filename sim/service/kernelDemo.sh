@@ -18,7 +18,7 @@ cache=$(sed -n 's/^ZUV_KERNEL_CACHE:PATH=//p' "$build/CMakeCache.txt")
 read -r kroot version < <(bash "$kernel/prepareKernel.sh" "${cache:-$build/kernel-cache}")
 bash "$kernel/makeInitramfs.sh" "$kroot" "$version" "$kernel/guestInit.sh" "$work/initrd.gz" \
     "$build/client/zuvCli" "$build/sim/service/zuvSimService" "$build/sim/smbios/zuvSmbiosImageTool" \
-    "$here/demoRoad.sh" "$here/../hosttools/localcli"
+    "$here/demoRoad.sh" "$here/../hosttools/fakeHostTool"
 start=$SECONDS
 "$build/sim/bmc-extern/zuvExternRmc" "$work/bmc.sock" bash "$kernel/bootGuest.sh" --extern-bmc "$work/bmc.sock" \
     "$kroot" "$version" "$work/initrd.gz" zuvmode=demo </dev/null | tr -d '\r' | tee "$work/console.log" |
