@@ -74,7 +74,7 @@ void zuvInBandComManager::initializeMsgHeader(zuvMsgHeader header) {
     ipAddress = std::move(header.ipAddress);
 }
 
-void zuvInBandComManager::populateEventPayload(zuvEvent event, Json::Value& root) {
+void zuvInBandComManager::populateEventPayload(const zuvEvent& event, Json::Value& root) {
     zuvPopulateEventPayload(event, zuvMsgHeader{hostName, osVersion, osType, ipAddress}, root);
 }
 

@@ -58,7 +58,8 @@ public:
     // Drops every queued task; their callbacks are never called.
     void cleanup() override;
 
-    void populateEventPayload(zuvEvent event, Json::Value& root);
+    // The payload is built on a copy of the event.
+    void populateEventPayload(const zuvEvent& event, Json::Value& root);
     std::string eventToString(Json::Value& root);
 
 private:
