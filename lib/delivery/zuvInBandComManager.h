@@ -18,7 +18,9 @@
 class zuvInbandComInterface;
 class zuvSmbiosInterface;
 
-class zuvInBandComManager : public zuvDoorBellInterface {
+// No virtual destructor: the manager is never deleted through its base, whose destructor is
+// protected.
+class zuvInBandComManager : public zuvDoorBellInterface {  // NOLINT(cppcoreguidelines-virtual-class-destructor)
 public:
     // Priorities of the four kinds of task: the larger runs first.
     static constexpr int kEventPriority = 3;
