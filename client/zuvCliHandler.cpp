@@ -113,7 +113,7 @@ void zuvCliHandler::exchange(int kind, const std::string& payload) {
 }
 
 std::string zuvCliHandler::createReplyPipe() {
-    const std::string path = kReplyPipeBase + std::to_string(getpid());
+    std::string path = kReplyPipeBase + std::to_string(getpid());
     if (!zuvCreatePipe(path.c_str())) throw std::runtime_error(std::string(kReplyPipeBase) + " creation failed");
     return path;
 }

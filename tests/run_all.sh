@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # The whole test suite: installs what is missing, then runs the stages listed at the bottom in
-# order: the format check, the normal (Release) build with every test, an ASan+UBSan build with
-# every test but the kernel ones, a TSan build of the concurrency tests, the install and package
-# checks, the injected faults on the files the library writes, and a bounded fuzz run of every
-# parser (clang). The builds are the presets of CMakePresets.json; their trees live in the
-# checkout (build*/), never under /tmp, which the test sandbox replaces. It ends with the size of
-# the tests against the code.
+# order: the format check, the static analysis (clang-tidy and cppcheck), the normal (Release)
+# build with every test, an ASan+UBSan build with every test but the kernel ones, a TSan build of
+# the concurrency tests, the install and package checks, the injected faults on the files the
+# library writes, and a bounded fuzz run of every parser (clang). The builds are the presets of
+# CMakePresets.json; their trees live in the checkout (build*/), never under /tmp, which the test
+# sandbox replaces. It ends with the size of the tests against the code.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -15,6 +15,18 @@ started=$SECONDS
 # Every tracked C and C++ file is as clang-format (.clang-format) would write it.
 stage_format() {
     git ls-files -z -- '*.c' '*.cc' '*.cpp' '*.h' '*.hpp' | xargs -0 clang-format --dry-run --Werror
+}
+
+# clang-tidy (.clang-tidy) over lib/ and client/ with the default preset's compile database, then
+# cppcheck; any finding of either fails the stage. A suppression stands beside its line with
+# the reason.
+stage_analysis() {
+    cmake --preset default >/dev/null
+    git ls-files -z -- 'lib/*.cpp' 'client/*.cpp' ':!lib/tables/zuvPciVendorNames.cpp' |
+        xargs -0 -P2 -n2 clang-tidy -p build --quiet 2> >(grep -v ' warnings\? generated\.$' >&2)
+    cppcheck --std=c++17 --language=c++ -I lib -i lib/tables/zuvPciVendorNames.cpp --quiet -j2 \
+        --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
+        --template='{file}:{line}: {severity}: {message} [{id}]' lib client
 }
 
 stage_normal() {
@@ -74,7 +86,7 @@ print_test_size() {
 }
 
 # ZUV_STAGES="asan install" runs only the stages named, in the order named.
-read -r -a stages <<<"${ZUV_STAGES:-format normal asan tsan install faults fuzz}"
+read -r -a stages <<<"${ZUV_STAGES:-format analysis normal asan tsan install faults fuzz}"
 for stage in "${stages[@]}"; do
     begun=$SECONDS
     echo "=== $stage ($((begun - started))s since start)"

@@ -74,7 +74,7 @@ void zuvInBandComManager::initializeMsgHeader(zuvMsgHeader header) {
     ipAddress = std::move(header.ipAddress);
 }
 
-void zuvInBandComManager::populateEventPayload(zuvEvent event, Json::Value& root) {
+void zuvInBandComManager::populateEventPayload(const zuvEvent& event, Json::Value& root) {
     zuvPopulateEventPayload(event, zuvMsgHeader{hostName, osVersion, osType, ipAddress}, root);
 }
 
@@ -96,7 +96,8 @@ void zuvInBandComManager::sendEvent(const zuvEvent& event, std::function<void(in
 
 void zuvInBandComManager::sendEvent(std::string& payload, std::function<void(int)> completion) {
     submit(
-        "Submit the Event to Dispatcher", [this, payload, completion] { deliver("MPEventGen", payload, completion); },
+        "Submit the Event to Dispatcher",
+        [this, payload, completion = std::move(completion)] { deliver("MPEventGen", payload, completion); },
         kEventPriority);
 }
 
@@ -116,13 +117,15 @@ void zuvInBandComManager::sendInventory(const std::string& payload) {
 void zuvInBandComManager::sendAppTelemetry(const std::string& payload, std::function<void(int)> completion) {
     submit(
         "Submit the Application Telemetry to Dispatcher",
-        [this, payload, completion] { deliver("WriteAppTelemetry", payload, completion); }, kAppTelemetryPriority);
+        [this, payload, completion = std::move(completion)] { deliver("WriteAppTelemetry", payload, completion); },
+        kAppTelemetryPriority);
 }
 
 void zuvInBandComManager::sendUtilization(const std::string& payload, std::function<void(int)> completion) {
     submit(
         "Submit the Utilization Payload to the Dispatcher",
-        [this, payload, completion] { deliver("WriteTelemetry", payload, completion); }, kUtilizationPriority);
+        [this, payload, completion = std::move(completion)] { deliver("WriteTelemetry", payload, completion); },
+        kUtilizationPriority);
 }
 
 void zuvInBandComManager::submit(const char* line, const std::function<void()>& task, int priority) {

@@ -18,7 +18,9 @@
 class zuvInbandComInterface;
 class zuvSmbiosInterface;
 
-class zuvInBandComManager : public zuvDoorBellInterface {
+// No virtual destructor: the manager is never deleted through its base, whose destructor is
+// protected.
+class zuvInBandComManager : public zuvDoorBellInterface {  // NOLINT(cppcoreguidelines-virtual-class-destructor)
 public:
     // Priorities of the four kinds of task: the larger runs first.
     static constexpr int kEventPriority = 3;
@@ -58,7 +60,8 @@ public:
     // Drops every queued task; their callbacks are never called.
     void cleanup() override;
 
-    void populateEventPayload(zuvEvent event, Json::Value& root);
+    // The payload is built on a copy of the event.
+    void populateEventPayload(const zuvEvent& event, Json::Value& root);
     std::string eventToString(Json::Value& root);
 
 private:

@@ -66,7 +66,8 @@ zuvIPMIService::zuvIPMIService(int maxMessageSize) : maxMessageSize(maxMessageSi
         throw std::invalid_argument("IPMI message size out of range");
     }
     try {
-        openChannel();
+        // Named with its class: a constructor runs this class's own version in any case.
+        zuvIPMIService::openChannel();
     } catch (...) {
         ZUV_LOG_ERROR(ZUV_IPMI_TAG, "Unable to Open IPMI channel - Bailing out");
         throw std::runtime_error("IPMI - Connection - Failed");

@@ -55,7 +55,7 @@ int32_t zuvLogger::levelOfText(const std::string& loggingLevel) {
 
 std::string zuvLogger::renderLineNumber(int32_t line) {
     char text[5];
-    snprintf(text, sizeof text, line <= 99 ? "%03d" : "%d", line);
+    (void)snprintf(text, sizeof text, line <= 99 ? "%03d" : "%d", line);  // cut to four digits on purpose
     return text;
 }
 
@@ -106,7 +106,6 @@ bool zuvLogger::publishLink(const std::string& target, const std::string& direct
 }
 
 zuvLogger::zuvLogger() {
-    pthread_mutex_init(&mutex, nullptr);
     zuvConfig& config = zuvConfig::getInstance();  // may throw: then no logger exists
     const bool debugOn = config.isDebugLogEnabled();
     debugLogPath = config.getDebugLogLocation();

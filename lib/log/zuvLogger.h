@@ -53,7 +53,7 @@ private:
     std::ostream* debugStream = nullptr;
     std::string debugLogPath;
     std::string logPath;
-    pthread_mutex_t mutex;
+    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;  // default attributes
     int32_t logLevel = 3;
     int32_t debugLevel = 12;
     int32_t logKind = kSyslog;
@@ -71,7 +71,8 @@ private:
         zuvLogger* zuvLog_ = zuvLogger::getInstance();                            \
         if (guard) {                                                              \
             char zuvLogBuf_[4096];                                                \
-            snprintf(zuvLogBuf_, sizeof zuvLogBuf_, __VA_ARGS__);                 \
+            /* a longer message is cut at 4095 characters on purpose */           \
+            (void)snprintf(zuvLogBuf_, sizeof zuvLogBuf_, __VA_ARGS__);           \
             zuvLog_->member(std::string(zuvLogBuf_), std::string(tag), __LINE__); \
         }                                                                         \
     } while (0)

@@ -20,7 +20,8 @@ SMBIOSVMware::SMBIOSVMware() {
         smbiosOpen();
         unsigned count = 0;
         void* table = nullptr;
-        getSmbiosTable(1, &table, &count);
+        // Named with its class: a constructor runs this class's own version in any case.
+        SMBIOSVMware::getSmbiosTable(1, &table, &count);
         systemInfo = static_cast<smbiosSystemInfo*>(table);
     } catch (const smbios_exceptions::invalid_section& e) {
         free(systemInfo);

@@ -14,7 +14,7 @@
 #include "platform/IELEventResolver.h"
 #include "platform/zuvSmbiosInterface.h"
 
-class zuvInBandComManager;
+class zuvInBandComManager;  // NOLINT(cppcoreguidelines-virtual-class-destructor): said at the class
 namespace zuvIPMI {
 class SDRRepositoryCache;
 }

@@ -12,7 +12,8 @@ std::string smbiosUuidText(const uint8_t b[16]) {
         data3 = __builtin_bswap16(data3);
     }
     char text[40];
-    std::snprintf(text, sizeof text, "%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x", data1, data2, data3, b[8],
-                  b[9], b[10], b[11], b[12], b[13], b[14], b[15]);
+    // 36 characters of fixed width: the text always fits.
+    (void)std::snprintf(text, sizeof text, "%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x", data1, data2, data3,
+                        b[8], b[9], b[10], b[11], b[12], b[13], b[14], b[15]);
     return text;
 }

@@ -9,15 +9,13 @@ namespace zuvDL {
 // Stateless closures that ignore their arguments and forward to the platform predicate;
 // building them asks nothing of the platform.
 ZUV_BUILT_THIRD const zuvGeoIdRulePredicate onPlatform0Or1 =
-    [](_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&, std::string, const std::vector<ZUV_GEOID_TYPES>&) {
-        return isPlatform0Or1();
-    };
+    [](_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&, const std::string&,
+       const std::vector<ZUV_GEOID_TYPES>&) { return isPlatform0Or1(); };
 ZUV_BUILT_THIRD const zuvGeoIdRulePredicate onPlatform2Or4 =
-    [](_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&, std::string, const std::vector<ZUV_GEOID_TYPES>&) {
-        return isPlatform2Or4();
-    };
+    [](_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&, const std::string&,
+       const std::vector<ZUV_GEOID_TYPES>&) { return isPlatform2Or4(); };
 ZUV_BUILT_THIRD const zuvGeoIdRulePredicate onPlatform4 = [](_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&,
-                                                             std::string, const std::vector<ZUV_GEOID_TYPES>&) {
+                                                             const std::string&, const std::vector<ZUV_GEOID_TYPES>&) {
     return isPlatform4();
 };
 

@@ -31,12 +31,13 @@ public:
 };
 inline IDeviceLocationKey::~IDeviceLocationKey() = default;
 
-struct _ZUV_IO_GEOID_EXTRACTION_RULE;
+// The rule record keeps the name the service's code knows it by, reserved spelling and all.
+struct _ZUV_IO_GEOID_EXTRACTION_RULE;  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 using zuvGeoIdRulePredicate = std::function<bool(_ZUV_IO_GEOID_EXTRACTION_RULE&, bool&, IDeviceLocationKey&,
                                                  std::string, const std::vector<ZUV_GEOID_TYPES>&)>;
 
-struct _ZUV_IO_GEOID_EXTRACTION_RULE {
+struct _ZUV_IO_GEOID_EXTRACTION_RULE {  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
     zuvGeoIdRulePredicate isApplicable;
     ZUV_GEOID_TYPES geoIdType;
     std::string expression;  // ECMAScript; group 1 is the whole GeoID, then one group per field

@@ -17,11 +17,13 @@ public:
         // Map one huge page more than needed and trim both ends to an aligned run.
         void* reserved = mmap(nullptr, size + hugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (reserved == MAP_FAILED) throw std::bad_alloc();
+        // The offset is computed on the address, the pointers are derived from the mapping's own.
         const auto start = reinterpret_cast<std::uintptr_t>(reserved);
-        const std::uintptr_t aligned = (start + hugePage - 1) / hugePage * hugePage;
-        if (aligned > start) munmap(reserved, aligned - start);
-        munmap(reinterpret_cast<void*>(aligned + size), start + hugePage - aligned);
-        data = reinterpret_cast<void*>(aligned);
+        const std::size_t lead = (hugePage - start % hugePage) % hugePage;
+        char* aligned = static_cast<char*>(reserved) + lead;
+        if (lead > 0) munmap(reserved, lead);
+        munmap(aligned + size, hugePage - lead);
+        data = aligned;
 #ifdef MADV_HUGEPAGE
         madvise(data, size, MADV_HUGEPAGE);
 #endif

@@ -35,7 +35,8 @@ uint32_t parseHexNumber(const std::string& text) {
 
 std::string formatFixed(double value, int precision) {
     char buffer[100];
-    snprintf(buffer, sizeof buffer, "%*.*lf", 0, precision, value);
+    // The helper gives at most 99 characters: a longer text is cut, its length not wanted.
+    (void)snprintf(buffer, sizeof buffer, "%*.*lf", 0, precision, value);
     return buffer;
 }
 

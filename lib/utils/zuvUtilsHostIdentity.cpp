@@ -100,7 +100,7 @@ std::string zuvUtils::getPrimaryIPv4Address() {
         }
         primaryIPv4Address = auxIPv4Address;
     }
-    const std::string result = primaryIPv4Address;
+    std::string result = primaryIPv4Address;
     const std::string primary = primaryIPv4Address;
     const std::string aux = auxIPv4Address;
     lock.unlock();
@@ -110,7 +110,7 @@ std::string zuvUtils::getPrimaryIPv4Address() {
 }
 
 std::vector<std::string> zuvUtils::refreshIPv4Addresses() {
-    const std::vector<std::string> addresses = getIPv4Addresses();
+    std::vector<std::string> addresses = getIPv4Addresses();
     setPrimaryIPv4Address(addresses);
     return addresses;
 }

@@ -44,8 +44,9 @@ std::string zuvUtils::currentShortTimestamp() {
     struct tm local {};
     localtime_r(&now, &local);
     char buffer[64];
-    snprintf(buffer, sizeof buffer, "%s %d %02d:%02d:%02d", kMonthNames[local.tm_mon], local.tm_mday, local.tm_hour,
-             local.tm_min, local.tm_sec);
+    // At most 15 characters: the text always fits.
+    (void)snprintf(buffer, sizeof buffer, "%s %d %02d:%02d:%02d", kMonthNames[local.tm_mon], local.tm_mday,
+                   local.tm_hour, local.tm_min, local.tm_sec);
     return buffer;
 }
 

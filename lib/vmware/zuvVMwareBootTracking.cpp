@@ -67,8 +67,7 @@ int64_t zuvVMwareOSUtils::getServiceStartTime() {
 }
 
 int64_t zuvVMwareOSUtils::getSystemBootTime() {
-    struct sysinfo info;
-    std::memset(&info, 0, sizeof info);
+    struct sysinfo info {};
     const int result = zuvCurrentHostSystem().sysinfo(&info);
     if (result != 0) {
         const int error = errno;
