@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "fuzzSetUp.h"
+#include "fuzzHarness.h"
 #include "platform/zuvPlatformCode.h"
 #include "utils/zuvUtils.h"
 #include "vmware/zuvVMwareOSUtils.h"
@@ -23,7 +23,6 @@ namespace {
 
 std::string output;
 int exitStatus = 0;
-const char* const kOutputFile = "/tmp/zuv-fuzz-output";
 
 void runReader(uint8_t choice) {
     zuvUtils utils;
@@ -78,13 +77,7 @@ void runReader(uint8_t choice) {
 
 }  // namespace
 
-extern "C" FILE* popen(const char*, const char*) {
-    FILE* out = std::fopen(kOutputFile, "w");
-    if (out == nullptr) return nullptr;
-    std::fwrite(output.data(), 1, output.size(), out);
-    std::fclose(out);
-    return std::fopen(kOutputFile, "r");
-}
+extern "C" FILE* popen(const char*, const char*) { return fmemopen(output.data(), output.size(), "r"); }
 
 extern "C" int pclose(FILE* stream) {
     std::fclose(stream);
@@ -103,10 +96,10 @@ extern "C" int system(const char* command) {
 extern "C" void zuvFuzzHarnessSetUp() { storeCachedPlatformCode(2); }  // the decoder of the r...u..p.i.. form
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size == 0) return 0;
-    output.assign(reinterpret_cast<const char*>(data) + 1, size - 1);
-    exitStatus = (data[0] & 0x80) != 0 ? 256 : 0;
-    runReader(data[0]);
+    uint8_t steer = 0;
+    if (!splitSteering(data, size, &steer, &output)) return 0;
+    exitStatus = (steer & 0x80) != 0 ? 256 : 0;
+    runReader(steer);
     for (const char* scratch : {"/tmp/zuvboot.log", "/opt/kelzuv/tmp/fc_topology.txt", "/opt/kelzuv/tmp/fc_name.txt",
                                 "/opt/kelzuv/tmp/zuv-mem.txt"})
         if (zuvtest::fileExists(scratch)) abort();

@@ -13,10 +13,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <thread>
-#include <vector>
+#include <string>
 
 #include "channel/zuvPipeChannel.h"
-#include "fuzzSetUp.h"
+#include "fuzzHarness.h"
 
 namespace {
 const char* const kPipe = "/run/zuv-fuzz-pipe";
@@ -28,14 +28,15 @@ extern "C" void zuvFuzzHarnessSetUp() {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size == 0) return 0;
+    uint8_t steer = 0;
+    std::string wire;
+    if (!splitSteering(data, size, &steer, &wire)) return 0;
     // A packet may announce up to 4 GiB, which the reader allocates before any of it has come;
     // announcements are kept under 16 MiB (the length's top byte is cleared) to keep runs short.
-    std::vector<uint8_t> wire(data + 1, data + size);
     if (wire.size() > 8) wire[8] = 0;
-    const uint8_t* bytes = wire.data();
+    const char* bytes = wire.data();
     const size_t length = wire.size();
-    const size_t cut = data[0] < length ? data[0] : length;
+    const size_t cut = steer < length ? steer : length;
     std::atomic<bool> readerDone{false};
     std::thread writer([&] {  // never waits for a reader that has gone already
         int fd = -1;

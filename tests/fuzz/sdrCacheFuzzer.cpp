@@ -12,7 +12,7 @@
 #include <cstring>
 #include <exception>
 
-#include "fuzzSetUp.h"
+#include "fuzzHarness.h"
 #include "ipmi/zuvIPMIDeviceSystem.h"
 #include "ipmi/zuvIPMIService.h"
 #include "ipmi/zuvSDRRepositoryCache.h"

@@ -1,0 +1,20 @@
+#pragma once
+// What every fuzz harness shares. Its LLVMFuzzerInitialize moves the harness into the private
+// test sandbox (no syslog socket there: syslog lines go nowhere) and writes a configuration that
+// turns every log level on and sends the lines to /dev/null, so that each message is formatted and
+// nothing of the machine's is touched; then it calls zuvFuzzHarnessSetUp, which a harness defines
+// when it needs more. Outside libFuzzer it also gives the main that replays the corpus.
+#include <cstdint>
+#include <string>
+
+extern "C" void zuvFuzzHarnessSetUp();
+
+inline std::string textOf(const uint8_t* data, size_t size) { return {reinterpret_cast<const char*>(data), size}; }
+
+// An input whose first byte steers the harness and whose rest is what it feeds; false when empty.
+inline bool splitSteering(const uint8_t* data, size_t size, uint8_t* steer, std::string* rest) {
+    if (size == 0) return false;
+    *steer = data[0];
+    *rest = textOf(data + 1, size - 1);
+    return true;
+}
