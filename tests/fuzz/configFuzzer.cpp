@@ -1,10 +1,7 @@
 // libFuzzer harness over the configuration store: any document is loaded as the file would be,
 // and every getter is asked. A getter never fails: any exception out of one, or out of the load,
 // is a finding, as are the sanitizers' reports.
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
-#include <string>
 
 #include "config/zuvConfig.h"
 #include "fuzzHarness.h"

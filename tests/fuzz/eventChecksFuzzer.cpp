@@ -4,11 +4,8 @@
 // remove its reply pipe. Any other exception or a reply pipe left behind is a finding.
 #include <unistd.h>
 
-#include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
-#include <string>
 
 #include "fuzzHarness.h"
 #include "zuvCliHandler.h"

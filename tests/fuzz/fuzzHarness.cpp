@@ -1,7 +1,6 @@
 #include "fuzzHarness.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

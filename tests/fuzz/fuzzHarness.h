@@ -5,6 +5,7 @@
 // nothing of the machine's is touched; then it calls zuvFuzzHarnessSetUp, which a harness defines
 // when it needs more. Outside libFuzzer it also gives the main that replays the corpus.
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 
 extern "C" void zuvFuzzHarnessSetUp();

@@ -1,17 +1,14 @@
 // libFuzzer harness over what the host's tools print, as the library reads it. This program
 // replaces popen() and system(): a command's output is the input behind its first byte, handed
-// over as a stream or appended to the scratch file named behind ">> ", as the shell would. The
-// first byte picks the reader and, with its top bit, a failed exit status. A scratch file left
-// behind, a result of the wrong shape or an escaping exception is a finding.
+// over as a stream or appended to the scratch file named behind ">> ", as the shell would; the
+// first byte's top bit makes the command fail. Every reader takes each input. A scratch file
+// left behind, a result of the wrong shape or an escaping exception is a finding.
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
-#include <string>
 
 #include "fuzzHarness.h"
 #include "platform/zuvPlatformCode.h"
@@ -24,55 +21,38 @@ namespace {
 std::string output;
 int exitStatus = 0;
 
-void runReader(uint8_t choice) {
+void readAll() {
     zuvUtils utils;
     zuvVMwareOSUtils os;
+    // The two localcli listings; the second keeps only adapters of the first.
+    zuvUtils::fcTopologyMap.clear();
+    zuvUtils::fcNameMap.clear();
+    utils.collectFcTopology();
+    utils.collectFcNames();
+    for (const auto& entry : zuvUtils::fcTopologyMap) utils.getFcLocationFields(entry.first);
+    for (const auto& entry : zuvUtils::fcNameMap)
+        if (!utils.isFcTopologyName(entry.second)) abort();
+    const size_t figures = os.getMemoryFigures().size();
+    if (figures != 0 && figures != 2) abort();
     time_t first = 0, second = 0;
-    switch (choice % 7) {
-        case 0:  // the two localcli listings; the second keeps only adapters of the first
-            zuvUtils::fcTopologyMap.clear();
-            zuvUtils::fcNameMap.clear();
-            utils.collectFcTopology();
-            utils.collectFcNames();
-            for (const auto& entry : zuvUtils::fcTopologyMap) utils.getFcLocationFields(entry.first);
-            for (const auto& entry : zuvUtils::fcNameMap)
-                if (!utils.isFcTopologyName(entry.second)) abort();
-            break;
-        case 1: {
-            const std::vector<double> figures = os.getMemoryFigures();
-            if (figures.size() != 0 && figures.size() != 2) abort();
-            break;
-        }
-        case 2:  // a field that is no number throws std::invalid_argument, as the parser's contract says
-            try {
-                utils.getBootTimes(&first, &second);
-                utils.getLastShutdownTime(&first);
-            } catch (const std::invalid_argument&) {
-            }
-            break;
-        case 3:
-            zuvUtils::osVersion.clear();
-            zuvUtils::osName.clear();
-            utils.getOSVersion();
-            utils.getOSName();
-            os.getOSVersion();
-            os.getOSProduct();
-            break;
-        case 4: {
-            std::string pci;
-            utils.getAdapterPciString("vmhba1", pci);
-            break;
-        }
-        case 5:
-            os.getPciIds("0000:03:00.0");
-            os.getPciSubIds("0000:03:00.0");
-            break;
-        default:
-            zuvUtils::geoIdLocationMap["0000:03:00.0"] = output;
-            utils.getGeoIdFromDesignation(output);
-            utils.decodeGeoId("0000:03:00.0");
-            break;
+    try {  // a field that is no number throws std::invalid_argument, as the parser's contract says
+        utils.getBootTimes(&first, &second);
+        utils.getLastShutdownTime(&first);
+    } catch (const std::invalid_argument&) {
     }
+    zuvUtils::osVersion.clear();
+    zuvUtils::osName.clear();
+    utils.getOSVersion();
+    utils.getOSName();
+    os.getOSVersion();
+    os.getOSProduct();
+    std::string pci;
+    utils.getAdapterPciString("vmhba1", pci);
+    os.getPciIds("0000:03:00.0");
+    os.getPciSubIds("0000:03:00.0");
+    zuvUtils::geoIdLocationMap["0000:03:00.0"] = output;
+    utils.getGeoIdFromDesignation(output);
+    utils.decodeGeoId("0000:03:00.0");
 }
 
 }  // namespace
@@ -99,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint8_t steer = 0;
     if (!splitSteering(data, size, &steer, &output)) return 0;
     exitStatus = (steer & 0x80) != 0 ? 256 : 0;
-    runReader(steer);
+    readAll();
     for (const char* scratch : {"/tmp/zuvboot.log", "/opt/kelzuv/tmp/fc_topology.txt", "/opt/kelzuv/tmp/fc_name.txt",
                                 "/opt/kelzuv/tmp/zuv-mem.txt"})
         if (zuvtest::fileExists(scratch)) abort();

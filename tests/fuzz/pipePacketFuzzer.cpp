@@ -9,11 +9,8 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <thread>
-#include <string>
 
 #include "channel/zuvPipeChannel.h"
 #include "fuzzHarness.h"

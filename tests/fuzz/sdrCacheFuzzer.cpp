@@ -7,8 +7,6 @@
 #include <sys/ioctl.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 

@@ -1,8 +1,6 @@
 // libFuzzer harness over the SMBIOS reader: any image is opened as if the device held it, and the
 // types 1, 9 and 41 are decoded. Sanitizers catch reads or writes outside the buffer; the checks
 // below catch text fields left without their terminating NUL.
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "fuzzHarness.h"
