@@ -1,6 +1,5 @@
-// libFuzzer harness over the configuration store: any document is loaded as the file would be,
-// and every getter is asked. A getter never fails: any exception out of one, or out of the load,
-// is a finding, as are the sanitizers' reports.
+// libFuzzer harness over the configuration store: any document is loaded and every getter asked.
+// A getter never fails: an exception out of one, or out of the load, is a finding.
 #include <sstream>
 
 #include "config/zuvConfig.h"

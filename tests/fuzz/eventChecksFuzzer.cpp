@@ -1,7 +1,6 @@
 // libFuzzer harness over the client's checks: the input is the text of -p, the contents of a -f
-// file and the argument of -t, in full mode with every resource enabled. Each check ends in
-// std::runtime_error or in a send that fails at once (the sandbox has no service pipe) and must
-// remove its reply pipe. Any other exception or a reply pipe left behind is a finding.
+// file and the argument of -t. Each ends in std::runtime_error or in a send that fails at once
+// (no service pipe in the sandbox); any other exception or a reply pipe left behind is a finding.
 #include <unistd.h>
 
 #include <fstream>

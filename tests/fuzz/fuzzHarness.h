@@ -1,9 +1,8 @@
 #pragma once
-// What every fuzz harness shares. Its LLVMFuzzerInitialize moves the harness into the private
-// test sandbox (no syslog socket there: syslog lines go nowhere) and writes a configuration that
-// turns every log level on and sends the lines to /dev/null, so that each message is formatted and
-// nothing of the machine's is touched; then it calls zuvFuzzHarnessSetUp, which a harness defines
-// when it needs more. Outside libFuzzer it also gives the main that replays the corpus.
+// What every fuzz harness shares. LLVMFuzzerInitialize enters the test sandbox and turns every log
+// level on with the lines sent to /dev/null: each message is formatted, nothing of the machine's is
+// touched. It then calls zuvFuzzHarnessSetUp, which a harness defines when it needs more.
+// Outside libFuzzer, fuzzHarness.cpp also gives the main that replays the corpus.
 #include <cstdint>
 #include <cstdlib>
 #include <string>

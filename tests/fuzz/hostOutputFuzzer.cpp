@@ -1,8 +1,7 @@
-// libFuzzer harness over what the host's tools print, as the library reads it. This program
-// replaces popen() and system(): a command's output is the input behind its first byte, handed
-// over as a stream or appended to the scratch file named behind ">> ", as the shell would; the
-// first byte's top bit makes the command fail. Every reader takes each input. A scratch file
-// left behind, a result of the wrong shape or an escaping exception is a finding.
+// libFuzzer harness over what the host's tools print. popen() and system() are replaced: the
+// input behind its first byte is every command's output, as a stream or appended to the scratch
+// file named behind ">> "; the first byte's top bit makes the command fail. Every reader takes
+// each input; a scratch file left behind or a result of the wrong shape is a finding.
 #include <fcntl.h>
 #include <unistd.h>
 

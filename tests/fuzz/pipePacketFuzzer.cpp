@@ -1,8 +1,6 @@
-// libFuzzer harness over the packet read: the input's first byte says where a writer thread
-// splits the rest into two writes on a real FIFO; the reader is the channel's zuvReadPipe. A
-// packet read as whole must be exactly the bytes that came (meta data, payloadLength bytes,
-// a 0 behind them); one that came in a single atomic write and holds its whole payload must
-// be read. A sanitizer report is a finding too.
+// libFuzzer harness over zuvReadPipe on a real FIFO: a writer thread sends the input behind its
+// first byte in two writes, cut where that byte says. A packet read must be exactly the bytes that
+// came, its payload ended by a 0; a whole packet sent in one atomic write must be read.
 #include <fcntl.h>
 #include <limits.h>
 #include <signal.h>
@@ -31,7 +29,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // A packet may announce up to 4 GiB, which the reader allocates before any of it has come;
     // announcements are kept under 16 MiB (the length's top byte is cleared) to keep runs short.
     if (wire.size() > 8) wire[8] = 0;
-    const char* bytes = wire.data();
     const size_t length = wire.size();
     const size_t cut = steer < length ? steer : length;
     std::atomic<bool> readerDone{false};
@@ -40,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         while ((fd = open(kPipe, O_WRONLY | O_NONBLOCK)) < 0)
             if (readerDone) return;
         fcntl(fd, F_SETFL, 0);
-        if (write(fd, bytes, cut) < 0 || write(fd, bytes + cut, length - cut) < 0) { /* the reader left */
+        if (write(fd, wire.data(), cut) < 0 || write(fd, wire.data() + cut, length - cut) < 0) { /* the reader left */
         }
         close(fd);
     });
@@ -49,8 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     readerDone = true;
     writer.join();
     const size_t expected = zuvPipeMetaDataSize + static_cast<size_t>(packet.payloadLength);
-    if (read && (length < expected || std::memcmp(&packet, bytes, zuvPipeMetaDataSize) != 0 ||
-                 std::memcmp(packet.payload, bytes + zuvPipeMetaDataSize, packet.payloadLength) != 0 ||
+    if (read && (length < expected || std::memcmp(&packet, wire.data(), zuvPipeMetaDataSize) != 0 ||
+                 std::memcmp(packet.payload, wire.data() + zuvPipeMetaDataSize, packet.payloadLength) != 0 ||
                  packet.payload[packet.payloadLength] != 0))
         abort();
     const bool oneWrite = cut == 0 || cut == length;

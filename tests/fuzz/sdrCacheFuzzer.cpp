@@ -1,8 +1,6 @@
-// libFuzzer harness over the SDR cache and the standard commands under it, through the IPMI
-// device seam: the input is the device's answers, each a length byte and that many bytes
-// (completion code first); when it runs out, the device fails the receive. The cache is
-// built afresh for each input and walked. Exceptions are the cache's way to report a failed
-// channel; a sanitizer report, a hang or a record count beyond the exchanges is a finding.
+// libFuzzer harness over the SDR cache through the IPMI device seam: the input is the device's
+// answers, each a length byte and that many bytes; when it runs out, receives fail. A fresh cache
+// is walked; exceptions report a failed channel, more records than answers is a finding.
 #include <linux/ipmi.h>
 #include <sys/ioctl.h>
 

@@ -1,6 +1,5 @@
-// libFuzzer harness over the SMBIOS reader: any image is opened as if the device held it, and the
-// types 1, 9 and 41 are decoded. Sanitizers catch reads or writes outside the buffer; the checks
-// below catch text fields left without their terminating NUL.
+// libFuzzer harness over the SMBIOS reader: any image is opened as the device's, types 1, 9 and 41
+// are decoded twice; a text field left without its terminating NUL is a finding.
 #include <cstring>
 
 #include "fuzzHarness.h"
