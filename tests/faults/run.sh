@@ -1,12 +1,9 @@
 #!/usr/bin/env bash
-# Injected faults on the files the library writes. The real code (zuvFaultDriver) runs under
-# strace, which fails each open, read, write, fsync, close, rename, unlink, mkdir and symlink on
-# the files of a scenario in turn, with EIO, ENOSPC and EACCES, and also kills the process there.
-# After each run: the state file holds its old or its new content, whole; a temporary twin or a
-# scratch file stays only after a kill, and the next clean run clears it and gives the right
-# result; a log keeps what it held; the driver never crashes. Then the state and log files on a
-# full filesystem. All of it in a private mount namespace with tmpfs over /opt, /tmp, /run and
-# /var/log, and /dev/log hidden.       bash tests/faults/run.sh <path of zuvFaultDriver>
+# Injected faults on the files the library writes: strace fails each call of zuvFaultDriver on a
+# scenario's files in turn (EIO, ENOSPC, EACCES) or kills it there, then the state and log files
+# meet a full filesystem; check() says what each run must leave. All of it in a private mount
+# namespace, tmpfs over /opt, /tmp, /run and /var/log, /dev/log hidden.
+#   bash tests/faults/run.sh <path of zuvFaultDriver>
 set -euo pipefail
 [ -n "${ZUV_FAULTS_PRIVATE:-}" ] || exec unshare -m --propagation private env ZUV_FAULTS_PRIVATE=1 \
     bash "$0" "$(realpath "$1")"
@@ -50,13 +47,12 @@ stamps() { sed -E 's/[0-9]{9,}/T/g' "$@" | tr '\n' '|'; }
 # Checks what one run of $1 left; $2 is its exit status, $3 its output, $4 what was injected.
 # After a kill or a failed unlink a twin or scratch file may stay, and the output is not judged.
 check() {
-    local op=$1 status=$2 out why= cut=
+    local op=$1 status=$2 out why= cut= now
     out=$(printf '%s' "$3" | stamps)
+    now=$([ -f $state ] && stamps $state || echo missing)
     [[ $status = 137 || $4 = unlink:error* ]] && cut=1
     [[ $status = 0 || $status = 137 ]] || why="exit status $status"
     if [ -n "${newState[$op]:-}" ]; then
-        local now
-        now=$([ -f $state ] && stamps $state || echo missing)
         [ "$now" = "$old" ] || [ "$now" = "${newState[$op]}" ] || why="state file [$now]"
         [ -n "$cut" ] || [ ! -e $twin ] || why="twin left"
     elif [ "$op" = log ]; then
@@ -81,7 +77,8 @@ run() { # $1 operation, $2 strace injection or "none"
 calls=openat,read,write,fsync,close,rename,unlink,mkdir,symlink
 for op in state-init state-stop last-start boot-times fc memory log; do
     reset
-    trace=$(strace -qq -o /dev/stdout $(printf -- '-P %s ' ${files[$op]}) -e trace=$calls "$driver" $op | sed -n 's/^\([a-z0-9]*\)(.*/\1/p')
+    trace=$(strace -qq -o /dev/stdout $(printf -- '-P %s ' ${files[$op]}) -e trace=$calls "$driver" $op |
+        sed -n 's/^\([a-z0-9]*\)(.*/\1/p')
     [ -n "$trace" ] || { echo "FAULT $op: no traced call"; failures=$((failures + 1)); }
     declare -A seen=()
     for call in $trace; do
@@ -90,7 +87,6 @@ for op in state-init state-stop last-start boot-times fc memory log; do
             reset && run $op "$call:$fault:when=${seen[$call]}"
         done
     done
-    unset seen
     echo "faults: $op: $(echo $trace | wc -w) calls on its files, each failed three ways and killed"
 done
 
