@@ -1,8 +1,7 @@
 #pragma once
-// What every fuzz harness shares. LLVMFuzzerInitialize enters the test sandbox and turns every log
-// level on with the lines sent to /dev/null: each message is formatted, nothing of the machine's is
-// touched. It then calls zuvFuzzHarnessSetUp, which a harness defines when it needs more.
-// Outside libFuzzer, fuzzHarness.cpp also gives the main that replays the corpus.
+// What every fuzz harness shares: LLVMFuzzerInitialize enters the test sandbox, turns every log level
+// on with the lines sent to /dev/null (each message formatted, none kept) and calls
+// zuvFuzzHarnessSetUp for what a harness needs more. Outside libFuzzer, the main replays the corpus.
 #include <cstdint>
 #include <cstdlib>
 #include <string>

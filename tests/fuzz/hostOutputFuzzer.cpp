@@ -1,12 +1,9 @@
-// libFuzzer harness over what the host's tools print. popen() and system() are replaced: the
-// input behind its first byte is every command's output, as a stream or appended to the scratch
-// file named behind ">> "; the first byte's top bit makes the command fail. Every reader takes
-// each input; a scratch file left behind or a result of the wrong shape is a finding.
-#include <fcntl.h>
-#include <unistd.h>
-
+// libFuzzer harness over what the host's tools print: popen() and system() are replaced, each command
+// prints the input behind its first byte (appended to the scratch file named behind ">> " for system),
+// and fails when that byte's top bit is set. A scratch file left behind or a wrong result is a finding.
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 
 #include "fuzzHarness.h"
@@ -66,9 +63,7 @@ extern "C" int pclose(FILE* stream) {
 extern "C" int system(const char* command) {
     const char* redirect = std::strstr(command, ">> ");
     if (redirect == nullptr) abort();  // every reader here appends to a scratch file
-    const int fd = open(redirect + 3, O_WRONLY | O_APPEND | O_CREAT, 0600);
-    if (fd < 0 || write(fd, output.data(), output.size()) != static_cast<ssize_t>(output.size())) abort();
-    close(fd);
+    if (!(std::ofstream(redirect + 3, std::ios::app | std::ios::binary) << output)) abort();
     return exitStatus;
 }
 

@@ -2,8 +2,7 @@
 # Builds the fuzz harnesses with clang (libFuzzer, ASan, UBSan) in build-fuzz/ and runs each for a
 # bounded time, two at a time, from its corpus with its dictionary. A finding fails the run and is
 # kept in build-fuzz/fuzz-work/<harness>/findings/; a missing clang or libFuzzer fails it too.
-#   tests/fuzz/run.sh                       # 40 seconds per harness
-#   ZUV_FUZZ_SECONDS=600 tests/fuzz/run.sh smbios_walk
+#   tests/fuzz/run.sh  (40 seconds per harness),  ZUV_FUZZ_SECONDS=600 tests/fuzz/run.sh smbios_walk
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 build=$root/build-fuzz

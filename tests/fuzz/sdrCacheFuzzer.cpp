@@ -15,8 +15,7 @@
 
 namespace {
 
-class AnsweringDevice : public zuvIPMI::DeviceSystem {
-public:
+struct AnsweringDevice : zuvIPMI::DeviceSystem {
     const uint8_t* next = nullptr;
     size_t left = 0;
     size_t answers = 0;

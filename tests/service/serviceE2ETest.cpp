@@ -38,6 +38,14 @@ bool eventually(const std::function<bool()>& done) {
     return false;
 }
 
+// Client i's payload: an event with a location, or an inventory into a file that can or can't be
+// written, all its own. The kinds get different codes: an answer meant for another shows.
+std::string payloadOf(int i) {
+    const std::string number = std::to_string(10000000 + i);  // a location of 16 characters for every client
+    return i % 3 ? (i % 3 == 1 ? "/tmp/inv" : "/tmp/no-dir/inv") + number + ".json" : "708 LOCATION" + number;
+}
+std::string outputOf(int i, const char* stream) { return "/tmp/client" + std::to_string(i) + stream; }
+
 // Every resource enabled, an SMBIOS image at the host's path and the host's version tool.
 class Service : public ::testing::Test {
 protected:
@@ -57,62 +65,6 @@ protected:
         ASSERT_TRUE(zuvtest::waitForPath("/var/run/kelzuv")) << "the simulated service made no pipe";
     }
 
-    zuvtest::BackgroundProcess service;  // stopped with the fixture
-};
-
-TEST_F(Service, TestEventTravelsTheRoadAndZuvCliPrintsTheDeliverysOutcome) {
-    // The simulated RMC's behaviour, the line zuvCli prints, an error line of the IPMI service.
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"normal", kSent, nullptr},
-        {"lost", kNotSent, "RMC Cli Command Execution failed"},
-    };
-    // A client gone before its answer gets none (its reply pipe would never open); the service goes on.
-    startService({"--rmc", "sim"});  // the answer waits for the 500 ms pause behind the last block
-    zuvtest::BackgroundProcess gone({ZUV_CLI_PATH, "-t", "708"});
-    ASSERT_TRUE(eventually([] { return zuvtest::logHolds(kRecord, "packet"); }));
-    gone.stop();
-    EXPECT_EQ(zuvtest::runProcess({ZUV_CLI_PATH, "-t", "708"}).out, kSent);
-    utsname host{};
-    uname(&host);
-    for (const auto& [rmc, out, errorLine] : cases) {
-        startService({"--rmc", "sim", "--rmc-behave", rmc, "--rmc-report", kReport});
-        const auto result = zuvtest::runProcess({ZUV_CLI_PATH, "-t", "708", "-l", "ABCDEFGHIJKLMNOP"});
-        service.stop();
-        EXPECT_EQ(result.exitStatus, 0) << rmc << result.err;
-        EXPECT_EQ(result.out, out) << rmc;
-        // Exactly one command reached the RMC; its argument follows its line.
-        const std::string report = zuvtest::readFile(kReport);
-        const size_t command = report.find("RMC received MPEventGen: ");
-        ASSERT_NE(command, std::string::npos) << report;
-        EXPECT_EQ(command, report.rfind("RMC received ")) << report;
-        const auto errors = zuvtest::logMessages(zuvtest::kMainLog, "ZUV_IPMI_SERVICE", "ERROR");
-        if (errorLine != nullptr) {
-            EXPECT_TRUE(zuvtest::hasMessage(errors, errorLine)) << rmc;
-        } else {
-            EXPECT_TRUE(errors.empty()) << errors.front();
-            Json::Value event;
-            std::istringstream(report.substr(report.find('\n', command))) >> event;  // throws for no JSON
-            EXPECT_EQ(event["ID"], 708);
-            EXPECT_EQ(event["PhysicalLocation"], "ABCDEFGHIJKLMNOP");
-            EXPECT_EQ(event["HostName"], host.nodename);
-            EXPECT_EQ(event["OSVersion"], "8.0.3");
-            EXPECT_EQ(event["OSType"], 104);
-            EXPECT_NE(event["IPv4Addresses"][0]["Address"].asString(), "");
-        }
-        unlink(kReport);
-    }
-}
-
-// Client i's payload: an event with a location, or an inventory into a file that can or can't be
-// written, all its own. The kinds get different codes: an answer meant for another shows.
-std::string payloadOf(int i) {
-    const std::string number = std::to_string(10000000 + i);  // a location of 16 characters for every client
-    return i % 3 ? (i % 3 == 1 ? "/tmp/inv" : "/tmp/no-dir/inv") + number + ".json" : "708 LOCATION" + number;
-}
-std::string outputOf(int i, const char* stream) { return "/tmp/client" + std::to_string(i) + stream; }
-
-class Load : public Service {
-protected:
     // Starts clients first..first+count-1 at once, each printing into files of its own.
     void launch(int first, int count) {
         for (int i = first; i < first + count; ++i) {
@@ -157,12 +109,50 @@ protected:
         for (int i = first; i < first + count; ++i) EXPECT_TRUE(answered(i, ended(i))) << i;
     }
 
+    zuvtest::BackgroundProcess service;  // stopped with the fixture
     std::map<int, zuvtest::BackgroundProcess> clients;
     std::map<pid_t, int> pids;
     int grace = 60000;
 };
 
-TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
+TEST_F(Service, TestEventTravelsTheRoadAndZuvCliPrintsTheDeliverysOutcome) {
+    // The simulated RMC's behaviour, the line zuvCli prints, an error line of the IPMI service.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"normal", kSent, nullptr},
+        {"lost", kNotSent, "RMC Cli Command Execution failed"},
+    };
+    utsname host{};
+    uname(&host);
+    for (const auto& [rmc, out, errorLine] : cases) {
+        startService({"--rmc", "sim", "--rmc-behave", rmc, "--rmc-report", kReport});
+        const auto result = zuvtest::runProcess({ZUV_CLI_PATH, "-t", "708", "-l", "ABCDEFGHIJKLMNOP"});
+        service.stop();
+        EXPECT_EQ(result.exitStatus, 0) << rmc << result.err;
+        EXPECT_EQ(result.out, out) << rmc;
+        // Exactly one command reached the RMC; its argument follows its line.
+        const std::string report = zuvtest::readFile(kReport);
+        const size_t command = report.find("RMC received MPEventGen: ");
+        ASSERT_NE(command, std::string::npos) << report;
+        EXPECT_EQ(command, report.rfind("RMC received ")) << report;
+        const auto errors = zuvtest::logMessages(zuvtest::kMainLog, "ZUV_IPMI_SERVICE", "ERROR");
+        if (errorLine != nullptr) {
+            EXPECT_TRUE(zuvtest::hasMessage(errors, errorLine)) << rmc;
+        } else {
+            EXPECT_TRUE(errors.empty()) << errors.front();
+            Json::Value event;
+            std::istringstream(report.substr(report.find('\n', command))) >> event;  // throws for no JSON
+            EXPECT_EQ(event["ID"], 708);
+            EXPECT_EQ(event["PhysicalLocation"], "ABCDEFGHIJKLMNOP");
+            EXPECT_EQ(event["HostName"], host.nodename);
+            EXPECT_EQ(event["OSVersion"], "8.0.3");
+            EXPECT_EQ(event["OSType"], 104);
+            EXPECT_NE(event["IPv4Addresses"][0]["Address"].asString(), "");
+        }
+        unlink(kReport);
+    }
+}
+
+TEST_F(Service, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
     const Args options{"--rmc", "sim", "--rmc-pause", "none", "--rmc-report", kReport};
     startService(options);
     // A sender takes the pipe's lock before its first byte: while the test holds it, one waits.
