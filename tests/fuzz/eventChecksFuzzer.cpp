@@ -27,10 +27,9 @@ void expectRuntimeError(Check check) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text = textOf(data, size);
     std::ofstream(kEventFile, std::ios::binary | std::ios::trunc) << text;
-    zuvCliHandler& cli = zuvCliHandler::getInstance();
-    expectRuntimeError([&] { cli.handleJsonPacket(text); });
-    expectRuntimeError([&] { cli.handleJsonFile(kEventFile); });
-    expectRuntimeError([&] { cli.checkTestEvent(text); });
+    expectRuntimeError([&] { zuvCliHandler::getInstance().handleJsonPacket(text); });
+    expectRuntimeError([&] { zuvCliHandler::getInstance().handleJsonFile(kEventFile); });
+    expectRuntimeError([&] { zuvCliHandler::getInstance().checkTestEvent(text); });
     if (zuvtest::fileExists("/var/run/kelzuvcli" + std::to_string(getpid()))) abort();
     return 0;
 }

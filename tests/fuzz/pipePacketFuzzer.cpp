@@ -13,9 +13,7 @@
 #include "channel/zuvPipeChannel.h"
 #include "fuzzHarness.h"
 
-namespace {
 const char* const kPipe = "/run/zuv-fuzz-pipe";
-}
 
 extern "C" void zuvFuzzHarnessSetUp() {
     signal(SIGPIPE, SIG_IGN);  // a reader that stops early leaves the writer with EPIPE

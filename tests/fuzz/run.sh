@@ -5,8 +5,7 @@
 #   tests/fuzz/run.sh  (40 seconds per harness),  ZUV_FUZZ_SECONDS=600 tests/fuzz/run.sh smbios_walk
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
-build=$root/build-fuzz
-seconds=${ZUV_FUZZ_SECONDS:-40}
+export root build=$root/build-fuzz seconds=${ZUV_FUZZ_SECONDS:-40}
 harnesses=("$@")
 [ ${#harnesses[@]} -gt 0 ] || harnesses=(smbios_walk config event_checks pipe_packet host_output sdr_cache)
 
@@ -33,5 +32,4 @@ fuzz_one() {
     fi
 }
 export -f fuzz_one
-export build root seconds
 printf '%s\n' "${harnesses[@]}" | xargs -P 2 -I{} bash -c 'fuzz_one {}'

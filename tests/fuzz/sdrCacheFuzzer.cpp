@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <string_view>
 
 #include "fuzzHarness.h"
 #include "ipmi/zuvIPMIDeviceSystem.h"
@@ -16,8 +17,7 @@
 namespace {
 
 struct AnsweringDevice : zuvIPMI::DeviceSystem {
-    const uint8_t* next = nullptr;
-    size_t left = 0;
+    std::string_view rest;  // the answers not given yet
     size_t answers = 0;
 
     int openDevice(const char*, int) override { return 7; }
@@ -27,13 +27,12 @@ struct AnsweringDevice : zuvIPMI::DeviceSystem {
     void sleepMicroseconds(uint64_t) override {}
     int ioctlDevice(int, unsigned long request, void* argument) override {
         if (request != IPMICTL_RECEIVE_MSG_TRUNC) return 0;
-        if (left == 0) return -1;
+        if (rest.empty()) return -1;
         auto* received = static_cast<ipmi_recv*>(argument);
-        const size_t length = std::min<size_t>(next[0], left - 1);
-        std::memcpy(received->msg.data, next + 1, std::min<size_t>(length, received->msg.data_len));
+        const size_t length = std::min<size_t>(static_cast<uint8_t>(rest[0]), rest.size() - 1);
+        std::memcpy(received->msg.data, rest.data() + 1, std::min<size_t>(length, received->msg.data_len));
         received->msg.data_len = static_cast<unsigned short>(length);
-        next += 1 + length;
-        left -= 1 + length;
+        rest.remove_prefix(1 + length);
         ++answers;
         return 0;
     }
@@ -46,8 +45,7 @@ AnsweringDevice device;
 extern "C" void zuvFuzzHarnessSetUp() { zuvIPMI::setDeviceSystem(&device); }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    device.next = data;
-    device.left = size;
+    device.rest = std::string_view(reinterpret_cast<const char*>(data), size);
     device.answers = 0;
     zuvIPMIService service(64);
     zuvIPMI::SDRRepositoryCache cache(&service);

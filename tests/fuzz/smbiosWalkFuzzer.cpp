@@ -22,13 +22,12 @@ void walk(int type, Check check) {
 }
 
 void decodeAll() {
-    walk<smbiosSystemInfo>(1, [](const smbiosSystemInfo& info) {
+    walk<smbiosSystemInfo>(1, [](const auto& info) {
         requireTerminated(info.manufacturer, info.productName, info.version, info.serialNumber, info.uuid,
                           info.skuNumber, info.family);
     });
-    walk<smbiosSystemSlot>(9, [](const smbiosSystemSlot& slot) { requireTerminated(slot.designation); });
-    walk<smbiosOnboardDevice>(
-        41, [](const smbiosOnboardDevice& device) { requireTerminated(device.referenceDesignation); });
+    walk<smbiosSystemSlot>(9, [](const auto& slot) { requireTerminated(slot.designation); });
+    walk<smbiosOnboardDevice>(41, [](const auto& device) { requireTerminated(device.referenceDesignation); });
 }
 
 }  // namespace
