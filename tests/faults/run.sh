@@ -1,12 +1,8 @@
 #!/usr/bin/env bash
-# Injected faults on the files the library writes. The real code (zuvFaultDriver) runs under
-# strace, which fails each open, read, write, fsync, close, rename, unlink, mkdir and symlink on
-# the files of a scenario in turn, with EIO, ENOSPC and EACCES, and also kills the process there.
-# After each run: the state file holds its old or its new content, whole; a temporary twin or a
-# scratch file stays only after a kill, and the next clean run clears it and gives the right
-# result; a log keeps what it held; the driver never crashes. Then the state and log files on a
-# full filesystem. All of it in a private mount namespace with tmpfs over /opt, /tmp, /run and
-# /var/log, and /dev/log hidden.       bash tests/faults/run.sh <path of zuvFaultDriver>
+# Injected faults on the files the library writes: strace fails each call of zuvFaultDriver on a
+# scenario's files in turn (EIO, ENOSPC, EACCES) or kills it there, then the state and log files
+# meet a full filesystem; check() says what each run must leave. All of it in a private mount
+# namespace, tmpfs over /opt, /tmp, /run and /var/log, /dev/log hidden.   run.sh <zuvFaultDriver>
 set -euo pipefail
 [ -n "${ZUV_FAULTS_PRIVATE:-}" ] || exec unshare -m --propagation private env ZUV_FAULTS_PRIVATE=1 \
     bash "$0" "$(realpath "$1")"
@@ -15,48 +11,48 @@ for dir in /opt /tmp /run /var/log; do mount -t tmpfs zuvfaults "$dir"; done
 [ ! -e /dev/log ] || mount --bind /dev/null /dev/log
 vital=/opt/kelzuv/vital tmpdir=/opt/kelzuv/tmp logdir=/opt/kelzuv/log
 state=$vital/kelZUVStartStop.txt twin=$vital/kelZUVStartStoptmp.txt
-export PATH=/opt/kelzuv/bin:$PATH
+export PATH=/run/bin:$PATH
 printf '2020-03-04T05:06:07Z Host has booted\n2021-01-02T03:04:05Z Host has booted\n' >/var/log/vmksummary.log
+mkdir /run/bin && printf '#!/bin/sh\ncase "$*" in\n%s\n%s\nesac\n' >/run/bin/localcli \
+    '"hardware pci list") printf "   Address: 0000:03:00.0\n   VMkernel Name: vmhba1\n";;' \
+    '*) printf "Adapter: vmhba1\n   Node Name: 20:00:00:00:c9:00:00:01\n";;'
+cat >/run/bin/esxtop <<'TOOL'
+#!/bin/sh
+printf '%s\n%s' '"Time","\\h\Memory\Machine MBytes","\\h\Memory\Free MBytes",' '"1","262144","131072",'
+TOOL
+chmod +x /run/bin/*
 runs=0 failures=0
 
 reset() {
-    rm -rf /opt/kelzuv /tmp/zuvboot.log && mkdir -p $vital $tmpdir $logdir /opt/kelzuv/bin /opt/kelzuv/data
+    rm -rf /opt/kelzuv /tmp/zuvboot.log && mkdir -p $vital $tmpdir $logdir /opt/kelzuv/data
     printf 'current_start 100\nlast_start 200\nlast_stop 300\n' >$state
     printf 'old log line\n' | tee $logdir/zuv.log >$logdir/zuvdebug.log
     printf '{"ZUVLogLocation": "%s/zuv.log", "DebugLogLocation": "%s/zuvdebug.log", "EnableDebugLog": true}' \
         $logdir $logdir >$vital/zuv.conf
-    printf '#!/bin/sh\ncase "$*" in\n"hardware pci list") printf "   Address: 0000:03:00.0\\n   VMkernel Name: vmhba1\\n";;
-*) printf "Adapter: vmhba1\\n   Node Name: 20:00:00:00:c9:00:00:01\\n";;\nesac\n' >/opt/kelzuv/bin/localcli
-    cat >/opt/kelzuv/bin/esxtop <<'TOOL'
-#!/bin/sh
-printf '%s\n%s' '"Time","\\h\Memory\Machine MBytes","\\h\Memory\Free MBytes",' '"1","262144","131072",'
-TOOL
-    chmod +x /opt/kelzuv/bin/*
 }
 
-# The files a scenario must leave as they were or as the operation makes them, its good and
-# failed outputs (time stamps as T), and the state file's new content ('|' ends a line). A read
-# error on a scratch file reads as its end: the reader then finds nothing ("0 0 0", "0 0").
+# A scenario's files, its good and failed outputs (time stamps as T; a read error on a scratch file
+# reads as its end, so nothing is found) and the state file's new content ('|' ends a line).
 declare -A files=([state-init]="$state $twin" [state-stop]="$state $twin" [last-start]="$state $twin"
     [boot-times]=/tmp/zuvboot.log [fc]="$tmpdir/fc_topology.txt $tmpdir/fc_name.txt" [memory]=$tmpdir/zuv-mem.txt
     [log]="$logdir/zuv.log $logdir/zuvdebug.log $tmpdir/zuv.log $tmpdir/zuvdebug.log")
 declare -A outputs=([boot-times]="0 T T|-1 0 0|0 0 0|" [memory]="256 128 ||0 0 |"
     [fc]="0000:03:00.0 vmhba1|NotAvailable NotAvailable|0000:03:00.0 NotAvailable|")
 declare -A newState=([state-init]="current_start T|last_start 200|last_stop 300|"
-    [state-stop]="last_start T|last_stop T|current_start 0|" [last-start]="current_start 100|last_start 100|last_stop 300|")
+    [state-stop]="last_start T|last_stop T|current_start 0|"
+    [last-start]="current_start 100|last_start 100|last_stop 300|")
 old="current_start 100|last_start 200|last_stop 300|"
 stamps() { sed -E 's/[0-9]{9,}/T/g' "$@" | tr '\n' '|'; }
 
 # Checks what one run of $1 left; $2 is its exit status, $3 its output, $4 what was injected.
 # After a kill or a failed unlink a twin or scratch file may stay, and the output is not judged.
 check() {
-    local op=$1 status=$2 out why= cut=
+    local op=$1 status=$2 out why= cut= now
     out=$(printf '%s' "$3" | stamps)
+    now=$([ -f $state ] && stamps $state || echo missing)
     [[ $status = 137 || $4 = unlink:error* ]] && cut=1
     [[ $status = 0 || $status = 137 ]] || why="exit status $status"
     if [ -n "${newState[$op]:-}" ]; then
-        local now
-        now=$([ -f $state ] && stamps $state || echo missing)
         [ "$now" = "$old" ] || [ "$now" = "${newState[$op]}" ] || why="state file [$now]"
         [ -n "$cut" ] || [ ! -e $twin ] || why="twin left"
     elif [ "$op" = log ]; then
@@ -81,7 +77,8 @@ run() { # $1 operation, $2 strace injection or "none"
 calls=openat,read,write,fsync,close,rename,unlink,mkdir,symlink
 for op in state-init state-stop last-start boot-times fc memory log; do
     reset
-    trace=$(strace -qq -o /dev/stdout $(printf -- '-P %s ' ${files[$op]}) -e trace=$calls "$driver" $op | sed -n 's/^\([a-z0-9]*\)(.*/\1/p')
+    trace=$(strace -qq -o /dev/stdout $(printf -- '-P %s ' ${files[$op]}) -e trace=$calls "$driver" $op |
+        sed -n 's/^\([a-z0-9]*\)(.*/\1/p')
     [ -n "$trace" ] || { echo "FAULT $op: no traced call"; failures=$((failures + 1)); }
     declare -A seen=()
     for call in $trace; do
@@ -90,7 +87,6 @@ for op in state-init state-stop last-start boot-times fc memory log; do
             reset && run $op "$call:$fault:when=${seen[$call]}"
         done
     done
-    unset seen
     echo "faults: $op: $(echo $trace | wc -w) calls on its files, each failed three ways and killed"
 done
 

@@ -1,12 +1,9 @@
-// libFuzzer harness over the configuration store: any document is loaded as the file would
-// be, and every getter is asked. A getter never fails, so any exception that leaves one (or
-// the load) is a finding, as are the sanitizers' reports.
-#include <cstdint>
-#include <cstdlib>
+// libFuzzer harness over the configuration store: any document is loaded and every getter asked.
+// A getter never fails: an exception out of one, or out of the load, is a finding.
 #include <sstream>
-#include <string>
 
 #include "config/zuvConfig.h"
+#include "fuzzHarness.h"
 
 namespace {
 
@@ -15,27 +12,27 @@ struct ConfigFromText : zuvConfig {
 };
 
 void askEveryGetter(const zuvConfig& config, const std::string& name) {
-    config.isDebugLogEnabled(), config.getCliMode(), config.getPushInventoryFrequencyInMinutes();
-    for (const std::string& cache : {name, std::string("Global"), std::string()})
-        config.getCacheRefreshInSeconds(cache);
-    config.isResourceEnabled(name);
+    std::ostringstream sink;  // takes every answer, so that none of the calls can be left out
+    sink << config.isDebugLogEnabled() << config.getCliMode() << config.getPushInventoryFrequencyInMinutes()
+         << config.getCacheRefreshInSeconds(name) << config.getCacheRefreshInSeconds("Global")
+         << config.getCacheRefreshInSeconds("") << config.isResourceEnabled(name) << config.getLoggingLevel()
+         << config.getIPMIDBSleepInterval() << config.getCaptureUnhandledExceptionStack()
+         << config.getSimulateUnhandledException() << config.getForwardAllMegaRAIDCriticalOrHigherEvents()
+         << config.getForwardAllSmartRAIDDegradedOrHigherEvents() << config.getInventoryQueryIntervalInSeconds()
+         << config.getI2CBusReleaseReserveGapInMilliSeconds() << config.getNVMeBusyRetryCount()
+         << config.getNVMeBusyWaitIntervalInMilliSeconds() << config.getLogResourceManagerStatistics()
+         << config.getMicrochipEventQueueIndex() << config.getHealthMonitorFlags()
+         << config.getEnablePCIeRegistersDataCollection() << config.getEnablePCIeLinkStatusMonitoring()
+         << config.getTPMMonitoring() << config.getSyslogFileLocation() << config.getDebugLogLocation()
+         << config.getLogLocation() << config.getTelemetry() << config.getParseError().failed;
     for (int id : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 99})
         if (config.isResourceManagerEnabled(id) && (id == 6 || id == 7 || id == -1)) abort();  // ids without a name
-    config.getLoggingLevel(), config.getIPMIDBSleepInterval(), config.getCaptureUnhandledExceptionStack();
-    config.getSimulateUnhandledException(), config.getForwardAllMegaRAIDCriticalOrHigherEvents();
-    config.getForwardAllSmartRAIDDegradedOrHigherEvents(), config.getInventoryQueryIntervalInSeconds();
-    config.getI2CBusReleaseReserveGapInMilliSeconds(), config.getNVMeBusyRetryCount();
-    config.getNVMeBusyWaitIntervalInMilliSeconds(), config.getLogResourceManagerStatistics();
-    config.getMicrochipEventQueueIndex(), config.getHealthMonitorFlags();
-    config.getEnablePCIeRegistersDataCollection(), config.getEnablePCIeLinkStatusMonitoring();
-    config.getTPMMonitoring(), config.getSyslogFileLocation(), config.getDebugLogLocation(), config.getLogLocation();
-    config.getTelemetry(), config.getParseError();
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
+    const std::string text = textOf(data, size);
     std::istringstream document(text);
     ConfigFromText config(document);
     // The names asked for are the document's own first key as well as the fixed ones.

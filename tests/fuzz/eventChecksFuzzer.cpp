@@ -1,16 +1,12 @@
-// libFuzzer harness over the client's checks: the input is the text of -p, the contents of a
-// -f file and the argument of -t, in full mode with every resource enabled. Each check ends in
-// std::runtime_error or in a send, which fails at once in the sandbox (no service pipe) and
-// must remove its reply pipe. Any other exception, a reply pipe left behind or a sanitizer
-// report is a finding.
+// libFuzzer harness over the client's checks: the input is the text of -p, the contents of a -f
+// file and the argument of -t. Each ends in std::runtime_error or in a send that fails at once
+// (no service pipe in the sandbox); any other exception or a reply pipe left behind is a finding.
 #include <unistd.h>
 
-#include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
-#include <string>
 
+#include "fuzzHarness.h"
 #include "zuvCliHandler.h"
 #include "zuvSandbox.h"
 
@@ -29,12 +25,11 @@ void expectRuntimeError(Check check) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
+    const std::string text = textOf(data, size);
     std::ofstream(kEventFile, std::ios::binary | std::ios::trunc) << text;
-    zuvCliHandler& cli = zuvCliHandler::getInstance();
-    expectRuntimeError([&] { cli.handleJsonPacket(text); });
-    expectRuntimeError([&] { cli.handleJsonFile(kEventFile); });
-    expectRuntimeError([&] { cli.checkTestEvent(text); });
+    expectRuntimeError([&] { zuvCliHandler::getInstance().handleJsonPacket(text); });
+    expectRuntimeError([&] { zuvCliHandler::getInstance().handleJsonFile(kEventFile); });
+    expectRuntimeError([&] { zuvCliHandler::getInstance().checkTestEvent(text); });
     if (zuvtest::fileExists("/var/run/kelzuvcli" + std::to_string(getpid()))) abort();
     return 0;
 }

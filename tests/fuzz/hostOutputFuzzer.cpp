@@ -1,19 +1,12 @@
-// libFuzzer harness over what the host's tools print, as the library reads it. This program
-// replaces popen() and system(): a command's output is the input behind its first byte, handed
-// over as a stream or appended to the scratch file named behind ">> ", as the shell would. The
-// first byte picks the reader and, with its top bit, a failed exit status. A scratch file left
-// behind, a result of the wrong shape or an escaping exception is a finding.
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cstdint>
+// libFuzzer harness over what the host's tools print: popen() and system() are replaced, each command
+// prints the input behind its first byte (appended to the scratch file named behind ">> " for system),
+// and fails when that byte's top bit is set. A scratch file left behind or a wrong result is a finding.
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
-#include <string>
 
-#include "fuzzSetUp.h"
+#include "fuzzHarness.h"
 #include "platform/zuvPlatformCode.h"
 #include "utils/zuvUtils.h"
 #include "vmware/zuvVMwareOSUtils.h"
@@ -23,68 +16,44 @@ namespace {
 
 std::string output;
 int exitStatus = 0;
-const char* const kOutputFile = "/tmp/zuv-fuzz-output";
 
-void runReader(uint8_t choice) {
+void readAll() {
     zuvUtils utils;
     zuvVMwareOSUtils os;
+    // The two localcli listings; the second keeps only adapters of the first.
+    zuvUtils::fcTopologyMap.clear();
+    zuvUtils::fcNameMap.clear();
+    utils.collectFcTopology();
+    utils.collectFcNames();
+    for (const auto& entry : zuvUtils::fcTopologyMap) utils.getFcLocationFields(entry.first);
+    for (const auto& entry : zuvUtils::fcNameMap)
+        if (!utils.isFcTopologyName(entry.second)) abort();
+    const size_t figures = os.getMemoryFigures().size();
+    if (figures != 0 && figures != 2) abort();
     time_t first = 0, second = 0;
-    switch (choice % 7) {
-        case 0:  // the two localcli listings; the second keeps only adapters of the first
-            zuvUtils::fcTopologyMap.clear();
-            zuvUtils::fcNameMap.clear();
-            utils.collectFcTopology();
-            utils.collectFcNames();
-            for (const auto& entry : zuvUtils::fcTopologyMap) utils.getFcLocationFields(entry.first);
-            for (const auto& entry : zuvUtils::fcNameMap)
-                if (!utils.isFcTopologyName(entry.second)) abort();
-            break;
-        case 1: {
-            const std::vector<double> figures = os.getMemoryFigures();
-            if (figures.size() != 0 && figures.size() != 2) abort();
-            break;
-        }
-        case 2:  // a field that is no number throws std::invalid_argument, as the parser's contract says
-            try {
-                utils.getBootTimes(&first, &second);
-                utils.getLastShutdownTime(&first);
-            } catch (const std::invalid_argument&) {
-            }
-            break;
-        case 3:
-            zuvUtils::osVersion.clear();
-            zuvUtils::osName.clear();
-            utils.getOSVersion();
-            utils.getOSName();
-            os.getOSVersion();
-            os.getOSProduct();
-            break;
-        case 4: {
-            std::string pci;
-            utils.getAdapterPciString("vmhba1", pci);
-            break;
-        }
-        case 5:
-            os.getPciIds("0000:03:00.0");
-            os.getPciSubIds("0000:03:00.0");
-            break;
-        default:
-            zuvUtils::geoIdLocationMap["0000:03:00.0"] = output;
-            utils.getGeoIdFromDesignation(output);
-            utils.decodeGeoId("0000:03:00.0");
-            break;
+    try {  // a field that is no number throws std::invalid_argument, as the parser's contract says
+        utils.getBootTimes(&first, &second);
+        utils.getLastShutdownTime(&first);
+    } catch (const std::invalid_argument&) {
     }
+    zuvUtils::osVersion.clear();
+    zuvUtils::osName.clear();
+    utils.getOSVersion();
+    utils.getOSName();
+    os.getOSVersion();
+    os.getOSProduct();
+    std::string pci;
+    utils.getAdapterPciString("vmhba1", pci);
+    os.getPciIds("0000:03:00.0");
+    os.getPciSubIds("0000:03:00.0");
+    zuvUtils::geoIdLocationMap["0000:03:00.0"] = output;
+    utils.getGeoIdFromDesignation(output);
+    utils.decodeGeoId("0000:03:00.0");
 }
 
 }  // namespace
 
-extern "C" FILE* popen(const char*, const char*) {
-    FILE* out = std::fopen(kOutputFile, "w");
-    if (out == nullptr) return nullptr;
-    std::fwrite(output.data(), 1, output.size(), out);
-    std::fclose(out);
-    return std::fopen(kOutputFile, "r");
-}
+extern "C" FILE* popen(const char*, const char*) { return fmemopen(output.data(), output.size(), "r"); }
 
 extern "C" int pclose(FILE* stream) {
     std::fclose(stream);
@@ -94,19 +63,17 @@ extern "C" int pclose(FILE* stream) {
 extern "C" int system(const char* command) {
     const char* redirect = std::strstr(command, ">> ");
     if (redirect == nullptr) abort();  // every reader here appends to a scratch file
-    const int fd = open(redirect + 3, O_WRONLY | O_APPEND | O_CREAT, 0600);
-    if (fd < 0 || write(fd, output.data(), output.size()) != static_cast<ssize_t>(output.size())) abort();
-    close(fd);
+    if (!(std::ofstream(redirect + 3, std::ios::app | std::ios::binary) << output)) abort();
     return exitStatus;
 }
 
 extern "C" void zuvFuzzHarnessSetUp() { storeCachedPlatformCode(2); }  // the decoder of the r...u..p.i.. form
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size == 0) return 0;
-    output.assign(reinterpret_cast<const char*>(data) + 1, size - 1);
-    exitStatus = (data[0] & 0x80) != 0 ? 256 : 0;
-    runReader(data[0]);
+    uint8_t steer = 0;
+    if (!splitSteering(data, size, &steer, &output)) return 0;
+    exitStatus = (steer & 0x80) != 0 ? 256 : 0;
+    readAll();
     for (const char* scratch : {"/tmp/zuvboot.log", "/opt/kelzuv/tmp/fc_topology.txt", "/opt/kelzuv/tmp/fc_name.txt",
                                 "/opt/kelzuv/tmp/zuv-mem.txt"})
         if (zuvtest::fileExists(scratch)) abort();

@@ -1,26 +1,19 @@
-// libFuzzer harness over the packet read: the input's first byte says where a writer thread
-// splits the rest into two writes on a real FIFO; the reader is the channel's zuvReadPipe. A
-// packet read as whole must be exactly the bytes that came (meta data, payloadLength bytes,
-// a 0 behind them); one that came in a single atomic write and holds its whole payload must
-// be read. A sanitizer report is a finding too.
+// libFuzzer harness over zuvReadPipe on a real FIFO: a writer thread sends the input behind its
+// first byte in two writes, cut where that byte says. A packet read must be exactly the bytes that
+// came, its payload ended by a 0; a whole packet sent in one atomic write must be read.
 #include <fcntl.h>
 #include <limits.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <thread>
-#include <vector>
 
 #include "channel/zuvPipeChannel.h"
-#include "fuzzSetUp.h"
+#include "fuzzHarness.h"
 
-namespace {
 const char* const kPipe = "/run/zuv-fuzz-pipe";
-}
 
 extern "C" void zuvFuzzHarnessSetUp() {
     signal(SIGPIPE, SIG_IGN);  // a reader that stops early leaves the writer with EPIPE
@@ -28,21 +21,21 @@ extern "C" void zuvFuzzHarnessSetUp() {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size == 0) return 0;
+    uint8_t steer = 0;
+    std::string wire;
+    if (!splitSteering(data, size, &steer, &wire)) return 0;
     // A packet may announce up to 4 GiB, which the reader allocates before any of it has come;
     // announcements are kept under 16 MiB (the length's top byte is cleared) to keep runs short.
-    std::vector<uint8_t> wire(data + 1, data + size);
     if (wire.size() > 8) wire[8] = 0;
-    const uint8_t* bytes = wire.data();
     const size_t length = wire.size();
-    const size_t cut = data[0] < length ? data[0] : length;
+    const size_t cut = steer < length ? steer : length;
     std::atomic<bool> readerDone{false};
     std::thread writer([&] {  // never waits for a reader that has gone already
         int fd = -1;
         while ((fd = open(kPipe, O_WRONLY | O_NONBLOCK)) < 0)
             if (readerDone) return;
         fcntl(fd, F_SETFL, 0);
-        if (write(fd, bytes, cut) < 0 || write(fd, bytes + cut, length - cut) < 0) { /* the reader left */
+        if (write(fd, wire.data(), cut) < 0 || write(fd, wire.data() + cut, length - cut) < 0) { /* the reader left */
         }
         close(fd);
     });
@@ -51,8 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     readerDone = true;
     writer.join();
     const size_t expected = zuvPipeMetaDataSize + static_cast<size_t>(packet.payloadLength);
-    if (read && (length < expected || std::memcmp(&packet, bytes, zuvPipeMetaDataSize) != 0 ||
-                 std::memcmp(packet.payload, bytes + zuvPipeMetaDataSize, packet.payloadLength) != 0 ||
+    if (read && (length < expected || std::memcmp(&packet, wire.data(), zuvPipeMetaDataSize) != 0 ||
+                 std::memcmp(packet.payload, wire.data() + zuvPipeMetaDataSize, packet.payloadLength) != 0 ||
                  packet.payload[packet.payloadLength] != 0))
         abort();
     const bool oneWrite = cut == 0 || cut == length;

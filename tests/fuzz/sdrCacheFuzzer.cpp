@@ -1,28 +1,23 @@
-// libFuzzer harness over the SDR cache and the standard commands under it, through the IPMI
-// device seam: the input is the device's answers, each a length byte and that many bytes
-// (completion code first); when it runs out, the device fails the receive. The cache is
-// built afresh for each input and walked. Exceptions are the cache's way to report a failed
-// channel; a sanitizer report, a hang or a record count beyond the exchanges is a finding.
+// libFuzzer harness over the SDR cache through the IPMI device seam: the input is the device's
+// answers, each a length byte and that many bytes; when it runs out, receives fail. A fresh cache
+// is walked; exceptions report a failed channel, more records than answers is a finding.
 #include <linux/ipmi.h>
 #include <sys/ioctl.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <string_view>
 
-#include "fuzzSetUp.h"
+#include "fuzzHarness.h"
 #include "ipmi/zuvIPMIDeviceSystem.h"
 #include "ipmi/zuvIPMIService.h"
 #include "ipmi/zuvSDRRepositoryCache.h"
 
 namespace {
 
-class AnsweringDevice : public zuvIPMI::DeviceSystem {
-public:
-    const uint8_t* next = nullptr;
-    size_t left = 0;
+struct AnsweringDevice : zuvIPMI::DeviceSystem {
+    std::string_view rest;  // the answers not given yet
     size_t answers = 0;
 
     int openDevice(const char*, int) override { return 7; }
@@ -32,13 +27,12 @@ public:
     void sleepMicroseconds(uint64_t) override {}
     int ioctlDevice(int, unsigned long request, void* argument) override {
         if (request != IPMICTL_RECEIVE_MSG_TRUNC) return 0;
-        if (left == 0) return -1;
+        if (rest.empty()) return -1;
         auto* received = static_cast<ipmi_recv*>(argument);
-        const size_t length = std::min<size_t>(next[0], left - 1);
-        std::memcpy(received->msg.data, next + 1, std::min<size_t>(length, received->msg.data_len));
+        const size_t length = std::min<size_t>(static_cast<uint8_t>(rest[0]), rest.size() - 1);
+        std::memcpy(received->msg.data, rest.data() + 1, std::min<size_t>(length, received->msg.data_len));
         received->msg.data_len = static_cast<unsigned short>(length);
-        next += 1 + length;
-        left -= 1 + length;
+        rest.remove_prefix(1 + length);
         ++answers;
         return 0;
     }
@@ -51,8 +45,7 @@ AnsweringDevice device;
 extern "C" void zuvFuzzHarnessSetUp() { zuvIPMI::setDeviceSystem(&device); }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    device.next = data;
-    device.left = size;
+    device.rest = std::string_view(reinterpret_cast<const char*>(data), size);
     device.answers = 0;
     zuvIPMIService service(64);
     zuvIPMI::SDRRepositoryCache cache(&service);

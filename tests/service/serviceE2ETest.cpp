@@ -29,14 +29,6 @@ const char* const kCantOpen = "ZUVCli: Unable to save ZUV inventory to given fil
 const char* const kRecord = "/tmp/service-record.txt";  // the packets the service read
 const char* const kReport = "/tmp/rmc-report.txt";      // what the simulated RMC received
 
-Json::Value parsed(const std::string& text) {
-    Json::Value value;
-    std::istringstream in(text);
-    Json::CharReaderBuilder reader;
-    EXPECT_TRUE(Json::parseFromStream(reader, in, &value, nullptr)) << text;
-    return value;
-}
-
 std::string replyPipeOf(pid_t pid) { return "/var/run/kelzuvcli" + std::to_string(pid); }
 
 // Polls until done() holds, for 30 s at the most.
@@ -45,6 +37,14 @@ bool eventually(const std::function<bool()>& done) {
         if (done()) return true;
     return false;
 }
+
+// Client i's payload: an event with a location, or an inventory into a file that can or can't be
+// written, all its own. The kinds get different codes: an answer meant for another shows.
+std::string payloadOf(int i) {
+    const std::string number = std::to_string(10000000 + i);  // a location of 16 characters for every client
+    return i % 3 ? (i % 3 == 1 ? "/tmp/inv" : "/tmp/no-dir/inv") + number + ".json" : "708 LOCATION" + number;
+}
+std::string outputOf(int i, const char* stream) { return "/tmp/client" + std::to_string(i) + stream; }
 
 // Every resource enabled, an SMBIOS image at the host's path and the host's version tool.
 class Service : public ::testing::Test {
@@ -59,69 +59,12 @@ protected:
         chmod("/bin/localcli", 0755);
         for (const char* file : {kRecord, kReport, "/var/run/kelzuv"}) unlink(file);
     }
-    void startService(const Args& options) {
-        Args argv{ZUV_SIM_SERVICE_PATH, "--record", kRecord};
-        argv.insert(argv.end(), options.begin(), options.end());
-        service.start(argv);
+    void startService(Args options) {
+        options.insert(options.begin(), {ZUV_SIM_SERVICE_PATH, "--record", kRecord});
+        service.start(options);
         ASSERT_TRUE(zuvtest::waitForPath("/var/run/kelzuv")) << "the simulated service made no pipe";
     }
 
-    zuvtest::BackgroundProcess service;  // stopped with the fixture
-};
-
-TEST_F(Service, TestEventTravelsTheRoadAndZuvCliPrintsTheDeliverysOutcome) {
-    // The simulated RMC's behaviour, the line zuvCli prints, an error line of the IPMI service.
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"normal", kSent, nullptr},
-        {"lost", kNotSent, "RMC Cli Command Execution failed"},
-    };
-    // A client gone before its answer gets none (its reply pipe would never open); the service goes on.
-    startService({"--rmc", "sim"});  // the answer waits for the 500 ms pause behind the last block
-    zuvtest::BackgroundProcess gone({ZUV_CLI_PATH, "-t", "708"});
-    ASSERT_TRUE(eventually([] { return zuvtest::logHolds(kRecord, "packet"); }));
-    gone.stop();
-    EXPECT_EQ(zuvtest::runProcess({ZUV_CLI_PATH, "-t", "708"}).out, kSent);
-    utsname host{};
-    uname(&host);
-    for (const auto& [rmc, out, errorLine] : cases) {
-        startService({"--rmc", "sim", "--rmc-behave", rmc, "--rmc-report", kReport});
-        const auto result = zuvtest::runProcess({ZUV_CLI_PATH, "-t", "708", "-l", "ABCDEFGHIJKLMNOP"});
-        service.stop();
-        EXPECT_EQ(result.exitStatus, 0) << rmc << result.err;
-        EXPECT_EQ(result.out, out) << rmc;
-        // Exactly one command reached the RMC; its argument follows its line.
-        const std::string report = zuvtest::readFile(kReport);
-        const size_t command = report.find("RMC received MPEventGen: ");
-        ASSERT_NE(command, std::string::npos) << report;
-        EXPECT_EQ(command, report.rfind("RMC received ")) << report;
-        const auto errors = zuvtest::logMessages(zuvtest::kMainLog, "ZUV_IPMI_SERVICE", "ERROR");
-        if (errorLine != nullptr) {
-            EXPECT_TRUE(zuvtest::hasMessage(errors, errorLine)) << rmc;
-        } else {
-            EXPECT_TRUE(errors.empty()) << errors.front();
-            const Json::Value event = parsed(report.substr(report.find('\n', command)));
-            EXPECT_EQ(event["ID"], 708);
-            EXPECT_EQ(event["PhysicalLocation"], "ABCDEFGHIJKLMNOP");
-            EXPECT_EQ(event["HostName"], host.nodename);
-            EXPECT_EQ(event["OSVersion"], "8.0.3");
-            EXPECT_EQ(event["OSType"], 104);
-            EXPECT_NE(event["IPv4Addresses"][0]["Address"].asString(), "");
-        }
-        unlink(kReport);
-    }
-}
-
-// Client i's payload: an event with a location, or an inventory into a file that can or can't be
-// written, all its own. The kinds get different codes: an answer meant for another shows.
-std::string payloadOf(int i) {
-    char event[24];  // "708 " and 16 characters for every client of a run
-    std::snprintf(event, sizeof event, "708 LOCATION%08d", i);
-    return i % 3 ? (i % 3 == 1 ? "/tmp/inv" : "/tmp/no-dir/inv") + std::to_string(i) + ".json" : event;
-}
-std::string outputOf(int i, const char* stream) { return "/tmp/client" + std::to_string(i) + stream; }
-
-class Load : public Service {
-protected:
     // Starts clients first..first+count-1 at once, each printing into files of its own.
     void launch(int first, int count) {
         for (int i = first; i < first + count; ++i) {
@@ -130,13 +73,14 @@ protected:
                 {"/bin/sh", "-c",
                  "exec " ZUV_CLI_PATH + request + " >" + outputOf(i, ".out") + " 2>" + outputOf(i, ".err")});
             pids[clients[i].pid()] = i;
+            pidOf[i] = clients[i].pid();  // kept: a client that has ended is no longer known by its process
         }
     }
     // True when client i ended with status 0, having printed its own line and removed its pipe.
     bool answered(int i, int status) {
         const char* line = i % 3 == 0 ? kSent : i % 3 == 1 ? kSaved : kCantOpen;
         return status == 0 && zuvtest::readFile(outputOf(i, ".out")) == line &&
-               zuvtest::readFile(outputOf(i, ".err")).empty() && !zuvtest::fileExists(replyPipeOf(clients[i].pid()));
+               zuvtest::readFile(outputOf(i, ".err")).empty() && !zuvtest::fileExists(replyPipeOf(pidOf.at(i)));
     }
     // How many packets each client sent; every packet the service read must come from a client
     // of the test and carry that client's own request.
@@ -166,12 +110,51 @@ protected:
         for (int i = first; i < first + count; ++i) EXPECT_TRUE(answered(i, ended(i))) << i;
     }
 
+    zuvtest::BackgroundProcess service;  // stopped with the fixture
     std::map<int, zuvtest::BackgroundProcess> clients;
     std::map<pid_t, int> pids;
+    std::map<int, pid_t> pidOf;
     int grace = 60000;
 };
 
-TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
+TEST_F(Service, TestEventTravelsTheRoadAndZuvCliPrintsTheDeliverysOutcome) {
+    // The simulated RMC's behaviour, the line zuvCli prints, an error line of the IPMI service.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"normal", kSent, nullptr},
+        {"lost", kNotSent, "RMC Cli Command Execution failed"},
+    };
+    utsname host{};
+    uname(&host);
+    for (const auto& [rmc, out, errorLine] : cases) {
+        startService({"--rmc", "sim", "--rmc-behave", rmc, "--rmc-report", kReport});
+        const auto result = zuvtest::runProcess({ZUV_CLI_PATH, "-t", "708", "-l", "ABCDEFGHIJKLMNOP"});
+        service.stop();
+        EXPECT_EQ(result.exitStatus, 0) << rmc << result.err;
+        EXPECT_EQ(result.out, out) << rmc;
+        // Exactly one command reached the RMC; its argument follows its line.
+        const std::string report = zuvtest::readFile(kReport);
+        const size_t command = report.find("RMC received MPEventGen: ");
+        ASSERT_NE(command, std::string::npos) << report;
+        EXPECT_EQ(command, report.rfind("RMC received ")) << report;
+        const auto errors = zuvtest::logMessages(zuvtest::kMainLog, "ZUV_IPMI_SERVICE", "ERROR");
+        if (errorLine != nullptr) {
+            EXPECT_TRUE(zuvtest::hasMessage(errors, errorLine)) << rmc;
+        } else {
+            EXPECT_TRUE(errors.empty()) << errors.front();
+            Json::Value event;
+            std::istringstream(report.substr(report.find('\n', command))) >> event;  // throws for no JSON
+            EXPECT_EQ(event["ID"], 708);
+            EXPECT_EQ(event["PhysicalLocation"], "ABCDEFGHIJKLMNOP");
+            EXPECT_EQ(event["HostName"], host.nodename);
+            EXPECT_EQ(event["OSVersion"], "8.0.3");
+            EXPECT_EQ(event["OSType"], 104);
+            EXPECT_NE(event["IPv4Addresses"][0]["Address"].asString(), "");
+        }
+        unlink(kReport);
+    }
+}
+
+TEST_F(Service, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
     const Args options{"--rmc", "sim", "--rmc-pause", "none", "--rmc-report", kReport};
     startService(options);
     // A sender takes the pipe's lock before its first byte: while the test holds it, one waits.
@@ -193,9 +176,6 @@ TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
             delivered.insert(line.substr(line.rfind(':') + 3, 16));
     for (int i = 0; i < loaded; i += 3) located.insert(payloadOf(i).substr(4));
     EXPECT_EQ(delivered, located);
-    const Json::Value inventory = parsed(zuvtest::readFile("/tmp/inv1.json"));  // the library's SMBIOS reading
-    EXPECT_EQ(inventory["System"]["Family"], "PLATFAMILY00002");
-    EXPECT_EQ(inventory["Slots"][0]["Designation"], "PCIe Slot 1");
 
     // The service dies in the middle of a wave, and a new one takes its pipe over.
     launch(loaded, wave);
@@ -207,25 +187,16 @@ TEST_F(Load, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
     grace = 3000;  // by now they have ended, but for those that wait for ever
     for (int i = loaded; i < loaded + wave; ++i) {
         const int status = ended(i);
-        const std::string replyPipe = replyPipeOf(clients[i].pid());
-        if (status < 0) {
-            ASSERT_TRUE(zuvtest::fileExists(replyPipe)) << i;
-            kill(clients[i].pid(), SIGTERM);
-            EXPECT_EQ(clients[i].wait(60000), 128 + SIGTERM);
-            EXPECT_TRUE(zuvtest::fileExists(replyPipe)) << i;
-            unlink(replyPipe.c_str());
-        }
         const bool cut =
             status == 128 + SIGPIPE || (status == 1 && zuvtest::readFile(outputOf(i, ".err")) ==
                                                            "zuvCli Error: Failed to read the reply of ZUV service.\n");
-        EXPECT_TRUE(status < 0 || answered(i, status) || cut) << i << " ended with " << status;
+        const bool waits = status < 0 && zuvtest::fileExists(replyPipeOf(pidOf.at(i)));  // in the open of its pipe
+        EXPECT_TRUE(waits || answered(i, status) || cut) << i << " ended with " << status;
     }
 }
 
+#ifdef ZUV_VALGRIND  // none in a sanitizer build
 TEST_F(Service, ZuvCliLeavesNothingButTheLoggerUnderMemcheck) {
-#ifndef ZUV_VALGRIND
-    GTEST_SKIP() << "no valgrind in a sanitizer build";
-#else
     const std::string event = R"({"EventTime":"2026-11-18T10:36:45Z","HostName":"esx1","ID":708,"IPv4Addresses":)"
                               R"(["10.0.0.5"],"OSType":"VMware ESXi","OSVersion":"8.0.2","Source":"HostOS"})";
     zuvtest::writeFile("/tmp/event.json", event);
@@ -247,7 +218,7 @@ TEST_F(Service, ZuvCliLeavesNothingButTheLoggerUnderMemcheck) {
             << ::testing::PrintToString(args) << result.err;  // 99: memcheck
         EXPECT_EQ(result.out.substr(0, out.size()), out) << ::testing::PrintToString(args);
     }
-#endif
 }
+#endif
 
 }  // namespace
