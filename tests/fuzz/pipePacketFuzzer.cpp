@@ -20,7 +20,20 @@ extern "C" void zuvFuzzHarnessSetUp() {
     if (!zuvCreatePipe(kPipe)) abort();
 }
 
+// libFuzzer's time-out alarm (SIGALRM, every few seconds) comes without SA_RESTART, so it would
+// break the blocking open, read or write of either end; the channel makes no retry and reports
+// that as a failed read, as it must. The alarm is made to restart them, as a service's own
+// signals are; its handler is in place by the first input.
+void restartCallsAfterTheAlarm() {
+    struct sigaction action {};
+    sigaction(SIGALRM, nullptr, &action);
+    action.sa_flags |= SA_RESTART;
+    sigaction(SIGALRM, &action, nullptr);
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static const bool alarmRestarts = (restartCallsAfterTheAlarm(), true);
+    (void)alarmRestarts;
     uint8_t steer = 0;
     std::string wire;
     if (!splitSteering(data, size, &steer, &wire)) return 0;
