@@ -16,6 +16,10 @@ using Step = zuvsim::SimulatedRmcDevice::Step;
 using Bytes = std::vector<uint8_t>;
 using Lines = std::vector<std::string>;
 
+// The error lines of a request that the driver refused.
+inline const std::string kSendFailed =
+    "ERROR   Request ioctl failure with error code : -1\nERROR IPMI exec failed std::exception\n";
+
 // 1, 2, 3, ... n.
 inline Bytes counting(int n) {
     Bytes bytes;
@@ -46,7 +50,6 @@ protected:
     void reset() {
         zuvtest::startFileLogging();
         service.reset();
-        device.reset();
         rmc = std::make_unique<zuvsim::SimulatedRmc>();
         device = std::make_unique<zuvsim::SimulatedRmcDevice>(*rmc);
         zuvIPMI::setDeviceSystem(device.get());
@@ -60,8 +63,8 @@ protected:
                               bool allDebug = false) {
         std::string out;
         for (const std::string level : {"ERROR", "WARNING", "DEBUG"}) {
-            for (const std::string& message :
-                 zuvtest::logMessages(level == "DEBUG" ? zuvtest::kDebugLog : zuvtest::kMainLog, tag, level)) {
+            const char* file = level == "DEBUG" ? zuvtest::kDebugLog : zuvtest::kMainLog;
+            for (const std::string& message : zuvtest::logMessages(file, tag, level)) {
                 const std::string line = level + " " + message;
                 const bool named = ("\n" + expected + "\n").find("\n" + line + "\n") != std::string::npos;
                 if (level != "DEBUG" || allDebug || named) out += (out.empty() ? "" : "\n") + line;
