@@ -25,13 +25,10 @@ TEST_F(IpmiTest, CommandGoesOutInBlocksAndDeliverDataCallsBackWithoutRaising) {
     const std::string refused =
         "ERROR Provided command / arguments is not valid\nERROR RMC Cli Command Execution failed\n"
         "DEBUG Error occurred while executing RMC_CLI_Exec status=0, cmd_exit_status=0\n";
-    const struct {
-        std::string name, argument;
-        std::vector<std::pair<uint8_t, uint8_t>> replies;  // status and exit status, block by block
-        int goodSends, raises;  // the callback raises on its first call (1), or there is none (-1)
-        size_t blocks;
-        std::string calls, log;  // calls: result/pauses before it
-    } cases[] = {
+    // Name, argument, (status, exit status) of each reply, good sends before one fails, a callback that raises
+    // on its first call (1) or none (-1), blocks sent, the callback's results/pauses before each, log.
+    using Replies = std::vector<std::pair<uint8_t, uint8_t>>;
+    const std::tuple<std::string, std::string, Replies, int, int, size_t, std::string, std::string> cases[] = {
         {"WriteAppTelemetry", "", {}, 99, 0, 1, "0/1", block + done},
         {"WriteAppTelemetry", text(33), {}, 99, 0, 2, "0/1", done},
         {"WriteAppTelemetry", text(4095), {}, 99, 0, 73, "0/1", done},
@@ -44,27 +41,26 @@ TEST_F(IpmiTest, CommandGoesOutInBlocksAndDeliverDataCallsBackWithoutRaising) {
         {"MPEventGen", text(100), {{0xDD, 0}}, 1, 0, 2, "-1/0", failed + "ERROR Command time out.\n" + lost},
         {"WriteTelemetryLongNa", "x", {}, 99, 0, 0, "-1/0", refused + lost},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name + " " + std::to_string(c.argument.size()) + " " + c.log);
+    for (const auto& [name, argument, replies, goodSends, raises, blocks, calls, log] : cases) {
+        SCOPED_TRACE(name + " " + std::to_string(argument.size()) + " " + log);
         reset();
-        rmc->scriptBlockReplies(c.replies);
-        device->failNext(Step::Send, 1, c.goodSends);
-        std::string calls;
+        rmc->scriptBlockReplies(replies);
+        device->failNext(Step::Send, 1, goodSends);
+        std::string results;
         std::function<void(int)> completion = [&](int result) {
-            calls +=
-                (calls.empty() ? "" : " ") + std::to_string(result) + "/" + std::to_string(device->sleeps().size());
-            if (c.raises == 1 && result == 0) throw std::runtime_error("callback");
+            results +=
+                (results.empty() ? "" : " ") + std::to_string(result) + "/" + std::to_string(device->sleeps().size());
+            if (raises == 1 && result == 0) throw std::runtime_error("callback");
         };
-        service->deliverData(c.name, c.argument, c.raises < 0 ? nullptr : completion);
-        EXPECT_EQ(std::make_tuple(device->sent().size(), calls, logged(c.log)),
-                  std::make_tuple(c.blocks, c.calls, c.log));
-        if (c.calls.rfind("-1", 0) != 0) {  // delivered
+        service->deliverData(name, argument, raises < 0 ? nullptr : completion);
+        EXPECT_EQ(std::make_tuple(device->sent().size(), results, logged(log)), std::make_tuple(blocks, calls, log));
+        if (calls.rfind("-1", 0) != 0) {  // delivered
             // Bytes behind an embedded NUL go out as zeros; the length still counts them.
-            Bytes argument(c.argument.size() + 1, 0);
-            std::memcpy(argument.data(), c.argument.c_str(), std::strlen(c.argument.c_str()));
+            Bytes sentArgument(argument.size() + 1, 0);
+            std::memcpy(sentArgument.data(), argument.c_str(), std::strlen(argument.c_str()));
             const zuvsim::AssembledCommand command = rmc->commands().at(0);
             EXPECT_EQ(std::make_tuple(rmc->commands().size(), command.name, command.argument, command.faults),
-                      std::make_tuple(1u, c.name, argument, Lines{}));
+                      std::make_tuple(1u, name, sentArgument, Lines{}));
         }
         service->execCommand("WriteTelemetry", "next");
         EXPECT_EQ(std::make_tuple(rmc->commands().back().complete, rmc->commands().back().faults),
@@ -74,10 +70,8 @@ TEST_F(IpmiTest, CommandGoesOutInBlocksAndDeliverDataCallsBackWithoutRaising) {
 }
 
 TEST_F(IpmiTest, ReportStatusWritesTheLineOfItsTable) {
-    const struct {
-        int status, exitStatus, failed;
-        std::string line;
-    } cases[] = {
+    const std::tuple<int, int, bool, std::string> cases[] = {
+        // status, exit status, transfer failed, the line
         {0, 0, false, ""},
         {1, 2, false, "ERROR Transfer Status is 0x1[Input data is not complete] and Cmd Exit Status is 0x2"},
         {3, 1, false, kStatus3},
@@ -93,10 +87,10 @@ TEST_F(IpmiTest, ReportStatusWritesTheLineOfItsTable) {
         {0xEE, 0, true, "ERROR The size of stdout or stderr is not enough."},
         {5, 6, true, "DEBUG Error occurred while executing RMC_CLI_Exec status=5, cmd_exit_status=6"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.line);
+    for (const auto& [status, exitStatus, failed, line] : cases) {
+        SCOPED_TRACE(line);
         zuvtest::clearLogs();
-        zuvIPMIService::reportStatus(uint8_t(c.status), uint8_t(c.exitStatus), c.failed);
-        EXPECT_EQ(logged("", "ZUV_IPMI_SERVICE", true), c.line);
+        zuvIPMIService::reportStatus(uint8_t(status), uint8_t(exitStatus), failed);
+        EXPECT_EQ(logged("", "ZUV_IPMI_SERVICE", true), line);
     }
 }
