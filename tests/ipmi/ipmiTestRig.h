@@ -1,6 +1,5 @@
 #pragma once
-// What the IPMI tests share: the log in files inside the sandbox, and a fresh simulated RMC
-// behind the device seam with a service of its own over it.
+// What the IPMI tests share: the log in sandbox files, a fresh simulated RMC behind the device seam.
 
 #include "ipmi/zuvIPMIDeviceSystem.h"
 #include "ipmi/zuvIPMIService.h"
@@ -11,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 using Step = zuvsim::SimulatedRmcDevice::Step;
 using Bytes = std::vector<uint8_t>;

@@ -1,5 +1,4 @@
-// The SDR repository cache over the service and the simulated RMC's repository, loaded by two
-// threads at once while a third polls a doorbell between the load's transactions.
+// The SDR cache, loaded by two threads at once while a third polls a doorbell between its transactions.
 #include "ipmiTestRig.h"
 
 #include "ipmi/zuvSDRRepositoryCache.h"
@@ -11,8 +10,7 @@
 TEST_F(IpmiTest, CacheReadsEachRecordInPiecesUnderAReservationOnce) {
     const std::string done = "DEBUG Completed reading all SDRs in the repository.";
     const std::string refused = "DEBUG Failed to build SDR Repository cache: (";
-    std::string sixteens;
-    for (int i = 0; i < 15; ++i) sixteens += " 16";
+    const std::string sixteens = " 16 16 16 16 16 16 16 16 16 16 16 16 16 16 16";
     const struct {
         const char *name, *lengths, *answers;  // answers: command, answers of the RMC before, code, body length
         size_t loaded;
@@ -64,27 +62,24 @@ TEST_F(IpmiTest, CacheReadsEachRecordInPiecesUnderAReservationOnce) {
             EXPECT_EQ(thrown([&] { cache.begin(); }), "std::exception: std::exception");
         }
         std::vector<Bytes> seen[2], expected;
-        for (size_t i = 0; i < c.loaded; ++i) expected.push_back(rmc->sdrRecord(i));
-        for (Bytes& record : expected) record.resize(255, 0);
-        std::atomic<int> polls{0};
-        std::atomic<bool> loaded{false};
+        for (size_t i = 0; i < c.loaded; ++i) expected.emplace_back(rmc->sdrRecord(i)).resize(255, 0);
+        std::atomic<bool> polled{false}, loaded{false};
         auto read = [&](std::vector<Bytes>* records) {
             for (const auto& r : constant) records->emplace_back(r.bytes, r.bytes + 255);
         };
         std::thread poller([&] {
-            for (; polls == 0 || !loaded; ++polls) service->checkDoorBell(DoorBellTelemetry);
+            for (; !polled || !loaded; polled = true) service->checkDoorBell(DoorBellTelemetry);
         });
-        while (polls == 0) std::this_thread::yield();
+        while (!polled) std::this_thread::yield();
         std::thread reader(read, &seen[1]);
         read(&seen[0]);
         reader.join();
         loaded = true;
         poller.join();
-        EXPECT_EQ(std::make_tuple(seen[0], seen[1], device->mostPending()),
-                  std::make_tuple(expected, expected, size_t{1}));
-        EXPECT_EQ((std::vector<long>{cache.end() - cache.begin(), cache.rend() - cache.rbegin(),
-                                     constant.rend() - constant.rbegin()}),
-                  std::vector<long>(3, static_cast<long>(c.loaded)));
+        const long n = static_cast<long>(c.loaded);
+        EXPECT_EQ(std::make_tuple(seen[0], seen[1], device->mostPending(), cache.end() - cache.begin(),
+                                  cache.rend() - cache.rbegin(), constant.rend() - constant.rbegin()),
+                  std::make_tuple(expected, expected, size_t{1}, n, n, n));
         // The repository traffic: I (info), R (reservation) and the size each Get SDR asks for.
         std::string trace;
         for (const zuvsim::Request& r : rmc->requests())
