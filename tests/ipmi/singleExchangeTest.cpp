@@ -1,16 +1,19 @@
-// Requests of one exchange: doorbells (a failure means nothing to report) and the standard commands.
+// Requests of one exchange: doorbells (a failure means nothing to report) and the standard commands. A failed
+// step of the exchange raises a plain std::exception, once (a failed wait is not tried again), and frees the channel.
 #include "ipmiTestRig.h"
 
 #include "ipmi/zuvIPMIExceptions.h"
 
 TEST_F(IpmiTest, OneExchangeAnswersAreReadByKindAndTheCompletionCodeIsTestedBeforeTheSize) {
     const std::string failed = "zuvIPMI::IPMICommandFailureException: IPMI command failed with: [";
+    const std::string plain = "std::exception: std::exception";
     const std::string size = "zuvIPMI::InvalidResponseDataSizeException: Incorrect response data size for ";
     const std::string unsupported = "WARNING Received Unsupported telemetry doorbell string ";
     auto bytes = [](const std::string& text) { return Bytes(text.begin(), text.end()); };
     const std::string full = std::string(240, 'x') + "WriteInventory";  // 254 bytes, no terminator, a 255th cut
-    // The call: a doorbell kind, or the command as network function << 8 | command. The code: -1 for
-    // not even a completion code, -2 for a failed send. The outcome: the doorbell's result, or what was raised.
+    // The call: a doorbell kind, or the command as network function << 8 | command. The code: -1 for not even
+    // a completion code, -2 to -5 for a failed send, wait, readiness or receive. The outcome: the doorbell's
+    // result, or what was raised.
     const std::tuple<int, int, Bytes, std::string, std::string> cases[] = {
         {1, 0, bytes("WriteInventory"), "1",
          "DEBUG Checking IPMI door bell request\nDEBUG Transfer data through IPMI: rq [0 3a 81 00]; rp [254]\n"
@@ -48,6 +51,13 @@ TEST_F(IpmiTest, OneExchangeAnswersAreReadByKindAndTheCompletionCodeIsTestedBefo
          "DEBUG Get SDR failed due to invalid reservation!"},
         {0x0A23, 0xCB, {}, failed + "203]", "DEBUG Get SDR finished with CC: [0xcb]"},
         {0x0A23, -1, {}, failed + "255]", "DEBUG Get SDR finished with CC: [0xff]"},
+        {0x0A23, -3, {}, plain, "ERROR IPMI exec failed std::exception"},
+        {0x0A23,
+         -4,
+         {},
+         plain,
+         "ERROR IPMI exec failed std::exception\nDEBUG   Sending data through IPMI\nDEBUG   Waiting for IPMI channel"},
+        {0x0A23, -5, {}, plain, "ERROR   Unable to read acknowlegement : 1\nERROR IPMI exec failed std::exception"},
     };
     for (const auto& [call, code, answer, outcome, log] : cases) {
         SCOPED_TRACE(std::to_string(call) + " " + std::to_string(code) + " " + outcome + " " + log);
@@ -55,7 +65,7 @@ TEST_F(IpmiTest, OneExchangeAnswersAreReadByKindAndTheCompletionCodeIsTestedBefo
         const bool bell = call < 0x100, getSdr = call == 0x0A23;
         const int netFn = bell ? 0x3A : call >> 8, cmd = bell ? 0x80 + call : call & 0xFF;
         rmc->pushResponse(netFn, cmd, {uint8_t(code), answer, code == -1});
-        if (code == -2) device->failNext(Step::Send);
+        if (code < -1) device->failNext(Step(-code - 1));
         Bytes buffer(8, 0xEE);
         uint16_t sdrSize = 0xBEEF, reservation = 0;
         zuvIPMI::DEVICE_ID_INFO id;
@@ -67,12 +77,14 @@ TEST_F(IpmiTest, OneExchangeAnswersAreReadByKindAndTheCompletionCodeIsTestedBefo
             if (getSdr) service->getSDR({0x1234, 0x5678, 5, 16}, buffer.data(), 3, sdrSize);
         });
         // A wrong command would meet an answer of the RMC's own; a doorbell of no known kind asks nothing.
-        EXPECT_EQ(std::make_tuple(result, logged(log), device->sent().size()),
-                  std::make_tuple(outcome, log, size_t{!bell || (call >= 1 && call <= 3)}));
+        const size_t asks = !bell || (call >= 1 && call <= 3);
+        EXPECT_EQ(std::make_tuple(result, logged(log), device->sent().size(), device->selects()),
+                  std::make_tuple(outcome, log, asks, size_t{asks && code != -2}));
         // Get SDR zeroes its buffer up to the capacity, then holds what arrived; nothing behind it changes.
         Bytes held(8, 0xEE);
         for (size_t i = 0; getSdr && i < 3; ++i) held[i] = i < answer.size() ? answer[i] : 0;
         const int heldSize = !getSdr ? 0xBEEF : outcome.empty() ? std::min(int(answer.size()), 3) : 0;
         EXPECT_EQ(std::make_tuple(buffer, int(sdrSize)), std::make_tuple(held, heldSize));
+        EXPECT_EQ(service->checkDoorBell(DoorBellIOFWU), 0) << "the channel is free again";
     }
 }
