@@ -5,34 +5,30 @@
 #include <fcntl.h>
 
 TEST_F(IpmiTest, TransferFillsTheKernelRecordsAndTakesTheAnswerUpToTheCapacity) {
-    const struct {
-        std::string rq, ack;  // answerLength -1: not even a completion code; 0x77: as the caller left it
-        int netFn, cmd, lun, requestSize, answerLength, size, code;
-    } cases[] = {
+    // answerLength -1: not even a completion code; code 0x77: as the caller left it.
+    const std::tuple<std::string, std::string, int, int, int, int, int, int, int> cases[] = {
         {"[6 0a 23 03]; rp [8]", "size 9, rs 8, dl 21", 0x0A, 0x23, 3, 6, 20, 8, 0},
         {"[0 06 01 00]; rp [8]", "size 0, rs 8, dl 0", 0x06, 0x01, 0, 0, -1, 8, 0x77},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.ack);
+    for (const auto& [rq, ack, netFn, cmd, lun, requestSize, answerLength, size, code] : cases) {
+        SCOPED_TRACE(ack);
         reset();
-        rmc->pushResponse(c.netFn, c.cmd, {0, counting(c.answerLength), c.answerLength < 0});
+        rmc->pushResponse(netFn, cmd, {0, counting(answerLength), answerLength < 0});
         // A pointer with size 0 must not reach the driver; a guard zone shows writes beyond the capacity.
-        Bytes request = counting(std::max(c.requestSize, 1)), response(8 + 16, 0xEE);
-        Bytes expected = counting(std::min(c.answerLength, 8));
+        Bytes request = counting(std::max(requestSize, 1)), response(8 + 16, 0xEE);
+        Bytes expected = counting(std::min(answerLength, 8));
         expected.resize(response.size(), 0xEE);
-        uint16_t requestSize = c.requestSize, responseSize = 8;
-        uint8_t code = 0x77;
-        service->transfer(c.netFn, c.cmd, c.lun, request.data(), requestSize, response.data(), responseSize, &code);
-        EXPECT_EQ(std::make_tuple(response, int(responseSize), int(code)), std::make_tuple(expected, c.size, c.code));
+        uint16_t sentSize = requestSize, responseSize = 8;
+        uint8_t answerCode = 0x77;
+        service->transfer(netFn, cmd, lun, request.data(), sentSize, response.data(), responseSize, &answerCode);
+        EXPECT_EQ(std::make_tuple(response, int(responseSize), int(answerCode)), std::make_tuple(expected, size, code));
         const zuvsim::SentRequest s = device->sent().at(0);
         EXPECT_EQ(std::make_tuple(s.addrType, s.channel, s.lun, s.addrLen, s.netFn, s.cmd, s.dataPointerNull, s.data,
                                   device->faults(), device->receives()),
-                  std::make_tuple(0x0C, 0x0F, 0, 8u, c.netFn, c.cmd, c.requestSize == 0, counting(c.requestSize),
-                                  Lines{}, std::vector<std::pair<unsigned, unsigned>>{{40, 272}}));
-        const std::string log = "DEBUG Transfer data through IPMI: rq " + c.rq +
-                                "\nDEBUG   Sending data through IPMI\nDEBUG   Waiting for IPMI channel\n"
-                                "DEBUG   Read IPMI Ack: " +
-                                c.ack;
+                  std::make_tuple(0x0C, 0x0F, 0, 8u, netFn, cmd, requestSize == 0, counting(requestSize), Lines{},
+                                  std::vector<std::pair<unsigned, unsigned>>{{40, 272}}));
+        const std::string log = "DEBUG Transfer data through IPMI: rq " + rq + "\nDEBUG   Sending data through IPMI\n" +
+                                "DEBUG   Waiting for IPMI channel\nDEBUG   Read IPMI Ack: " + ack;
         EXPECT_EQ(logged(log), log);
     }
 }
@@ -67,7 +63,6 @@ TEST_F(IpmiTest, OpeningLoadsTheDriversOnlyWhenTheDeviceIsMissingAndTheInstanceI
                             Lines(opens, "/dev/ipmi0"), std::vector<int>(opens, O_RDWR), std::vector<int>(built, 5)));
     }
     // The instance: a failed construction is tried again on the next call, then it stays.
-    reset();
     const zuvtest::ChildResult child = zuvtest::inChild([&] {
         device->setDevicePresent(false);
         const std::string first = thrown([] { zuvIPMIService::getInstance(); });

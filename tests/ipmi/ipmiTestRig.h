@@ -20,7 +20,6 @@ using Lines = std::vector<std::string>;
 inline const std::string kSendFailed =
     "ERROR   Request ioctl failure with error code : -1\nERROR IPMI exec failed std::exception\n";
 
-// 1, 2, 3, ... n.
 inline Bytes counting(int n) {
     Bytes bytes;
     while (static_cast<int>(bytes.size()) < n) bytes.push_back(static_cast<uint8_t>(bytes.size() + 1));
@@ -57,8 +56,7 @@ protected:
         device->clearRecord();
         zuvtest::clearLogs();
     }
-    // The tag's lines as "LEVEL message": every error and warning, then the debug lines that
-    // `expected` names (all of them with allDebug), as often and in the order they were written.
+    // The tag's lines as "LEVEL message", in order: errors, warnings, and the debug lines `expected` names (or all).
     static std::string logged(const std::string& expected, const char* tag = "ZUV_IPMI_SERVICE",
                               bool allDebug = false) {
         std::string out;

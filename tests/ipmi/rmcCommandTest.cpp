@@ -15,7 +15,7 @@ const std::string kStatus3 = "ERROR Transfer Status is 0x3[Error in index] and C
 // A command goes out in blocks of 33, then 57 argument bytes; the last status above two is
 // reported. deliverData calls back 0 after the pause when all blocks went out, whatever the RMC
 // said, and -1 when a block failed: then no block follows and the next command starts afresh.
-TEST_F(IpmiTest, CommandGoesOutInBlocksAndDeliverDataCallsBackWithoutRaising) {
+TEST_F(IpmiTest, CommandGoesOutInBlocksDeliverDataCallsBackWithoutRaisingAndStatusesAreReported) {
     const std::string done = "DEBUG Delivered Data through IPMI", lost = "DEBUG Failed to deliver data through IPMI";
     const std::string block = "DEBUG Transfer data through IPMI: rq [60 3a 80 00]; rp [4]\n";
     const std::string failed = kSendFailed + "ERROR RMC Cli Command Execution failed\n";
@@ -62,11 +62,8 @@ TEST_F(IpmiTest, CommandGoesOutInBlocksAndDeliverDataCallsBackWithoutRaising) {
                   std::make_tuple(true, Lines{}));
     }
     EXPECT_EQ(thrown([&] { service->execCommand("ABCDEFGHIJKLMNOPQRST", "x"); }), "std::exception: std::exception");
-}
-
-TEST_F(IpmiTest, ReportStatusWritesTheLineOfItsTable) {
-    const std::tuple<int, int, bool, std::string> cases[] = {
-        // status, exit status, transfer failed, the line
+    // Status, exit status, whether the transfer failed, and the line of the table for the end or for a failure.
+    const std::tuple<int, int, bool, std::string> statuses[] = {
         {0, 0, false, ""},
         {1, 2, false, "ERROR Transfer Status is 0x1[Input data is not complete] and Cmd Exit Status is 0x2"},
         {3, 1, false, kStatus3},
@@ -82,7 +79,7 @@ TEST_F(IpmiTest, ReportStatusWritesTheLineOfItsTable) {
         {0xEE, 0, true, "ERROR The size of stdout or stderr is not enough."},
         {5, 6, true, "DEBUG Error occurred while executing RMC_CLI_Exec status=5, cmd_exit_status=6"},
     };
-    for (const auto& [status, exitStatus, failed, line] : cases) {
+    for (const auto& [status, exitStatus, failed, line] : statuses) {
         SCOPED_TRACE(line);
         zuvtest::clearLogs();
         zuvIPMIService::reportStatus(uint8_t(status), uint8_t(exitStatus), failed);

@@ -6,14 +6,13 @@
 
 TEST_F(IpmiTest, OneExchangeAnswersAreReadByKindAndTheCompletionCodeIsTestedBeforeTheSize) {
     const std::string failed = "zuvIPMI::IPMICommandFailureException: IPMI command failed with: [";
-    const std::string plain = "std::exception: std::exception";
+    const std::string plain = "std::exception: std::exception", execFailed = "ERROR IPMI exec failed std::exception";
     const std::string size = "zuvIPMI::InvalidResponseDataSizeException: Incorrect response data size for ";
     const std::string unsupported = "WARNING Received Unsupported telemetry doorbell string ";
     auto bytes = [](const std::string& text) { return Bytes(text.begin(), text.end()); };
     const std::string full = std::string(240, 'x') + "WriteInventory";  // 254 bytes, no terminator, a 255th cut
-    // The call: a doorbell kind, or the command as network function << 8 | command. The code: -1 for not even
-    // a completion code, -2 to -5 for a failed send, wait, readiness or receive. The outcome: the doorbell's
-    // result, or what was raised.
+    // Call: a doorbell kind, or network function << 8 | command. Code -1: not even a completion code; -2 to -5: a
+    // failed send, wait, readiness or receive. Outcome: the doorbell's result, or what was raised.
     const std::tuple<int, int, Bytes, std::string, std::string> cases[] = {
         {1, 0, bytes("WriteInventory"), "1",
          "DEBUG Checking IPMI door bell request\nDEBUG Transfer data through IPMI: rq [0 3a 81 00]; rp [254]\n"
@@ -51,13 +50,9 @@ TEST_F(IpmiTest, OneExchangeAnswersAreReadByKindAndTheCompletionCodeIsTestedBefo
          "DEBUG Get SDR failed due to invalid reservation!"},
         {0x0A23, 0xCB, {}, failed + "203]", "DEBUG Get SDR finished with CC: [0xcb]"},
         {0x0A23, -1, {}, failed + "255]", "DEBUG Get SDR finished with CC: [0xff]"},
-        {0x0A23, -3, {}, plain, "ERROR IPMI exec failed std::exception"},
-        {0x0A23,
-         -4,
-         {},
-         plain,
-         "ERROR IPMI exec failed std::exception\nDEBUG   Sending data through IPMI\nDEBUG   Waiting for IPMI channel"},
-        {0x0A23, -5, {}, plain, "ERROR   Unable to read acknowlegement : 1\nERROR IPMI exec failed std::exception"},
+        {0x0A23, -3, {}, plain, execFailed},
+        {0x0A23, -4, {}, plain, execFailed + "\nDEBUG   Sending data through IPMI\nDEBUG   Waiting for IPMI channel"},
+        {0x0A23, -5, {}, plain, "ERROR   Unable to read acknowlegement : 1\n" + execFailed},
     };
     for (const auto& [call, code, answer, outcome, log] : cases) {
         SCOPED_TRACE(std::to_string(call) + " " + std::to_string(code) + " " + outcome + " " + log);
