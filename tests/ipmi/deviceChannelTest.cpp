@@ -68,10 +68,10 @@ TEST_F(IpmiTest, OpeningLoadsTheDriversOnlyWhenTheDeviceIsMissingAndTheInstanceI
         const std::string first = thrown([] { zuvIPMIService::getInstance(); });
         device->setDevicePresent(true);
         auto* transport = dynamic_cast<zuvIPMIService*>(zuvIPMIService::getInstance());
-        transport->execCommand("MPEventGen", std::string(100, 'e'));  // in blocks of 33, 57 and 11 bytes
+        transport->execCommand("MPEventGen", std::string(100, 'e'));  // in blocks of 33, 57 and 11, then a pause
         const bool same = transport == dynamic_cast<zuvIPMIService*>(zuvIPMIService::getIPMIServiceInstance());
         return first + " " + std::to_string(same) + " " + std::to_string(device->openedPaths().size()) + " " +
-               std::to_string(rmc->commands().at(0).faults.size());
+               std::to_string(rmc->commands().at(0).faults.size()) + " " + std::to_string(device->sleeps().back());
     });
-    EXPECT_EQ(child.text, "std::runtime_error: IPMI - Connection - Failed 1 3 0");
+    EXPECT_EQ(child.text, "std::runtime_error: IPMI - Connection - Failed 1 3 0 500000");
 }

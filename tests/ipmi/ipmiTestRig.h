@@ -16,7 +16,6 @@ using Step = zuvsim::SimulatedRmcDevice::Step;
 using Bytes = std::vector<uint8_t>;
 using Lines = std::vector<std::string>;
 
-// The error lines of a request that the driver refused.
 inline const std::string kSendFailed =
     "ERROR   Request ioctl failure with error code : -1\nERROR IPMI exec failed std::exception\n";
 

@@ -35,7 +35,7 @@ TEST_F(IpmiTest, OneExchangeAnswersAreReadByKindAndTheCompletionCodeIsTestedBefo
          "DEBUG Get SDR Repository Info - Response Data: [01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e]"},
         {0x0A20, 0, counting(13), size + "Get SDR Repository Info!",
          "DEBUG Insufficient Get SDR Repository Info response data size [13]. Expected [14]."},
-        {0x0A20, 0xD5, counting(13), failed + "213]", "DEBUG Get SDR Repository Info finished with CC: [0xd5]"},
+        {0x0A20, 0x0D, counting(13), failed + "13]", "DEBUG Get SDR Repository Info finished with CC: [0x0d]"},
         {0x0A20, -1, {}, failed + "255]", "DEBUG Get SDR Repository Info finished with CC: [0xff]"},
         {0x0A22, 0, counting(2), "", "DEBUG Reserve SDR Repository - Response Data: [01 02]"},
         {0x0A22, 0, counting(1), size + "Reserve SDR Repository!",
