@@ -207,14 +207,6 @@ Response SimulatedRmc::getSdr(const std::vector<uint8_t>& data) {
     }
     if (index >= sdrs.size()) return failure(kDataNotPresent);
 
-    const auto trigger = std::find_if(cancellations.begin(), cancellations.end(),
-                                      [&](const Cancellation& at) { return at.index == index && at.offset == offset; });
-    if (trigger != cancellations.end()) {
-        cancellations.erase(trigger);
-        reservationValid = false;
-        return failure(kReservationCancelled);
-    }
-
     const std::vector<uint8_t>& record = sdrs[index];
     if (offset > record.size()) return failure(kParameterOutOfRange);
     const size_t end = std::min(record.size(), static_cast<size_t>(offset) + count);
@@ -222,12 +214,6 @@ Response SimulatedRmc::getSdr(const std::vector<uint8_t>& data) {
     putLe16(response.body, index + 1 < sdrs.size() ? sdrId(index + 1) : kEndOfRepository);
     response.body.insert(response.body.end(), record.begin() + offset, record.begin() + static_cast<long>(end));
     return response;
-}
-
-void SimulatedRmc::scriptBlockStatuses(std::vector<uint8_t> statuses) {
-    std::lock_guard<std::mutex> lock(mutex);
-    blockReplies.clear();
-    for (uint8_t status : statuses) blockReplies.emplace_back(status, 0);
 }
 
 void SimulatedRmc::scriptBlockReplies(std::vector<std::pair<uint8_t, uint8_t>> replies) {
@@ -263,19 +249,9 @@ std::vector<uint8_t> SimulatedRmc::sdrRecord(size_t index) const {
     return sdrs.at(index);
 }
 
-size_t SimulatedRmc::sdrCount() const {
-    std::lock_guard<std::mutex> lock(mutex);
-    return sdrs.size();
-}
-
 void SimulatedRmc::overrideRecordCount(uint16_t count) {
     std::lock_guard<std::mutex> lock(mutex);
     recordCountOverride = count;
-}
-
-void SimulatedRmc::cancelReservationAt(size_t index, uint8_t offset) {
-    std::lock_guard<std::mutex> lock(mutex);
-    cancellations.push_back(Cancellation{index, offset});
 }
 
 void SimulatedRmc::pushResponse(uint8_t netFn, uint8_t cmd, Response response) {

@@ -54,11 +54,9 @@ public:
     Response handle(uint8_t netFn, uint8_t cmd, const std::vector<uint8_t>& data);
 
     // --- block commands ---
-    // Transfer statuses for the coming blocks, in the order they arrive (over all commands). A
-    // block beyond the script gets the natural status: 1 while argument bytes are still due, 0
-    // on the last block, 3 when its index is wrong.
-    void scriptBlockStatuses(std::vector<uint8_t> statuses);
-    // As above, each with the exit status of its reply (status, exit status); otherwise it is 0.
+    // Transfer and exit statuses of the replies to the coming blocks, in the order they arrive
+    // (over all commands). A block beyond the script gets the natural status (1 while argument
+    // bytes are still due, 0 on the last block, 3 when its index is wrong) and exit status 0.
     void scriptBlockReplies(std::vector<std::pair<uint8_t, uint8_t>> replies);
     std::vector<AssembledCommand> commands() const;
 
@@ -71,11 +69,8 @@ public:
     // a body above 250 bytes makes a record longer than the 255 bytes of the host's copy.
     uint16_t addSdr(uint8_t type, const std::vector<uint8_t>& body);
     std::vector<uint8_t> sdrRecord(size_t index) const;
-    size_t sdrCount() const;
     // Reports this record count in Get SDR Repository Info instead of the real one.
     void overrideRecordCount(uint16_t count);
-    // Cancels the reservation once, when Get SDR asks for the record at `index` at `offset`.
-    void cancelReservationAt(size_t index, uint8_t offset);
 
     // --- scripting: wins over the logic above ---
     // Answers the next request of (netFn, cmd) with this response, once per call.
@@ -115,11 +110,6 @@ private:
     int recordCountOverride = -1;
     uint16_t reservationId = 0;
     bool reservationValid = false;
-    struct Cancellation {
-        size_t index;
-        uint8_t offset;
-    };
-    std::vector<Cancellation> cancellations;
 
     std::map<Key, std::deque<std::pair<bool, Response>>> oneShot;  // false: the logic answers
 };

@@ -83,7 +83,6 @@ int SimulatedRmcDevice::send(void* argument) {
     record.msgid = request->msgid;
     record.netFn = request->msg.netfn;
     record.cmd = request->msg.cmd;
-    record.dataLen = request->msg.data_len;
     record.dataPointerNull = request->msg.data == nullptr;
     if (request->addr == nullptr || request->addr_len < sizeof(ipmi_system_interface_addr)) {
         deviceFaults.push_back("send without a system interface address");

@@ -26,7 +26,6 @@ struct SentRequest {
     long msgid = 0;
     uint8_t netFn = 0;
     uint8_t cmd = 0;
-    uint16_t dataLen = 0;
     bool dataPointerNull = false;
     std::vector<uint8_t> data;
 };

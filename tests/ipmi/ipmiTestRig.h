@@ -1,6 +1,5 @@
 #pragma once
-// What the IPMI tests share: the log in files inside the sandbox, and a fresh simulated RMC
-// behind the device seam with a service of its own over it.
+// What the IPMI tests share: the log in sandbox files, a fresh simulated RMC behind the device seam.
 
 #include "ipmi/zuvIPMIDeviceSystem.h"
 #include "ipmi/zuvIPMIService.h"
@@ -11,12 +10,15 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 using Step = zuvsim::SimulatedRmcDevice::Step;
 using Bytes = std::vector<uint8_t>;
 using Lines = std::vector<std::string>;
 
-// 1, 2, 3, ... n.
+inline const std::string kSendFailed =
+    "ERROR   Request ioctl failure with error code : -1\nERROR IPMI exec failed std::exception\n";
+
 inline Bytes counting(int n) {
     Bytes bytes;
     while (static_cast<int>(bytes.size()) < n) bytes.push_back(static_cast<uint8_t>(bytes.size() + 1));
@@ -46,7 +48,6 @@ protected:
     void reset() {
         zuvtest::startFileLogging();
         service.reset();
-        device.reset();
         rmc = std::make_unique<zuvsim::SimulatedRmc>();
         device = std::make_unique<zuvsim::SimulatedRmcDevice>(*rmc);
         zuvIPMI::setDeviceSystem(device.get());
@@ -54,14 +55,13 @@ protected:
         device->clearRecord();
         zuvtest::clearLogs();
     }
-    // The tag's lines as "LEVEL message": every error and warning, then the debug lines that
-    // `expected` names (all of them with allDebug), as often and in the order they were written.
+    // The tag's lines as "LEVEL message", in order: errors, warnings, and the debug lines `expected` names (or all).
     static std::string logged(const std::string& expected, const char* tag = "ZUV_IPMI_SERVICE",
                               bool allDebug = false) {
         std::string out;
         for (const std::string level : {"ERROR", "WARNING", "DEBUG"}) {
-            for (const std::string& message :
-                 zuvtest::logMessages(level == "DEBUG" ? zuvtest::kDebugLog : zuvtest::kMainLog, tag, level)) {
+            const char* file = level == "DEBUG" ? zuvtest::kDebugLog : zuvtest::kMainLog;
+            for (const std::string& message : zuvtest::logMessages(file, tag, level)) {
                 const std::string line = level + " " + message;
                 const bool named = ("\n" + expected + "\n").find("\n" + line + "\n") != std::string::npos;
                 if (level != "DEBUG" || allDebug || named) out += (out.empty() ? "" : "\n") + line;
