@@ -13,9 +13,11 @@
 TEST(PciVendorNames, MapHoldsEachPairOfTheStatedListOnceAndNamesAsTheListGivesThem) {
     EXPECT_STREQ(pciVendorNamesListVersion, "2023.04.10");
     std::size_t pairs = 0;
+    auto walk = pciVendorNames.begin();  // the map walks its keys as the list has them: ascending text
     forEachPciVendorName([&](std::string_view key, std::string_view name) {
         const auto found = pciVendorNames.find(key);
         EXPECT_EQ(found == pciVendorNames.end() ? "-" : found->second, name) << key;
+        EXPECT_TRUE(walk != pciVendorNames.end() && found == walk++) << key;
         ++pairs;
     });
     EXPECT_EQ(
