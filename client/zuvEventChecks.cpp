@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <utility>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
