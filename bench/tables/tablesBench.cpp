@@ -84,14 +84,17 @@ void BM_ProcessStartWithTables(benchmark::State& state) { processStart(state, ZU
 
 // The vendor map as the tables build it before main, in a block that is already in place.
 void BM_BuildVendorMap(benchmark::State& state) {
-    std::vector<unsigned char> block(pciVendorNameMapBytes);
+    std::vector<char> block(pciVendorNameMapBytes);
+    const zuvPciVendorNameRoom tablesRoom = pciVendorNameRoom;
     for (auto _ : state) {
-        std::pmr::monotonic_buffer_resource arena(block.data(), block.size());
-        zuvPciVendorNameMap names(&arena);
+        char* const begin = block.data();
+        pciVendorNameRoom = {begin, begin, begin + block.size(), begin + block.size()};
+        zuvPciVendorNameMap names;
         forEachPciVendorName(
             [&names](std::string_view key, std::string_view name) { names.emplace_hint(names.end(), key, name); });
         benchmark::DoNotOptimize(names);
     }
+    pciVendorNameRoom = tablesRoom;
     state.counters["entries"] = static_cast<double>(pciVendorNameCount);
 }
 

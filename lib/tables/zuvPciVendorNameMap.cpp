@@ -31,7 +31,10 @@ public:
         madvise(data, bytes, MADV_POPULATE_WRITE);  // one call instead of a fault per page
 #endif
     }
-    ~MappedBlock() { munmap(data, size); }
+    ~MappedBlock() {
+        munmap(data, size);
+        pciVendorNameRoom = {};
+    }
     MappedBlock(const MappedBlock&) = delete;
     MappedBlock& operator=(const MappedBlock&) = delete;
 
@@ -41,15 +44,22 @@ public:
 };
 
 ZUV_BUILT_SECOND MappedBlock vendorNameBlock(pciVendorNameMapBytes);
-// Falls back on the heap only if the generated size were ever too small.
-ZUV_BUILT_SECOND std::pmr::monotonic_buffer_resource vendorNameArena(vendorNameBlock.data, vendorNameBlock.size);
 
 }  // namespace
 
+// Names are taken from below the end of the part that the generator sized, which was faulted
+// in with the nodes. Were that size ever too small, the rest would come from the heap.
+ZUV_BUILT_SECOND zuvPciVendorNameRoom pciVendorNameRoom{
+    static_cast<char*>(vendorNameBlock.data), static_cast<char*>(vendorNameBlock.data),
+    static_cast<char*>(vendorNameBlock.data) + pciVendorNameMapBytes,
+    static_cast<char*>(vendorNameBlock.data) + vendorNameBlock.size};
+
 // The list is sorted, so each entry goes in at the end, where the hint points.
 ZUV_BUILT_SECOND const zuvPciVendorNameMap pciVendorNames = [] {
-    zuvPciVendorNameMap names(&vendorNameArena);
+    zuvPciVendorNameMap names;
     forEachPciVendorName(
         [&names](std::string_view key, std::string_view name) { names.emplace_hint(names.end(), key, name); });
+    // The block holds the map and nothing else: a reader's copy of a name is the reader's own.
+    pciVendorNameRoom.back = pciVendorNameRoom.front;
     return names;
 }();
