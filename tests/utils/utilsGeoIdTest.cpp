@@ -4,9 +4,7 @@
 #include "platform/zuvPlatformCode.h"
 #include "zuvChild.h"
 
-class UtilsGeoId : public HostTest {};
-
-TEST_F(UtilsGeoId, DesignationGivesTheFirstType2GeoIdBetweenWordBoundaries) {
+TEST_F(HostTest, DesignationGivesTheFirstType2GeoIdBetweenWordBoundaries) {
     for (const Lines& row : table(R"(
 PCIe Slot r001u02p3i04 x8 | r001u02p3i04
 B r999u99p9i99,r001u02p3i04 | r999u99p9i99
@@ -24,7 +22,7 @@ Slot r001i02s03 | "" | DEBUG ZUV_UTILS: Error detecting GeoId : No match
                                "DEBUG ZUV_UTILS: 0000:02:00.0       r001i02s03"}));
 }
 
-TEST_F(UtilsGeoId, DecoderOfThePlatformIsCompiledOnceAndServesTheWholeProcess) {
+TEST_F(HostTest, DecoderOfThePlatformIsCompiledOnceAndServesTheWholeProcess) {
     // platform codes set in turn, in a child | fields of five addresses, a decoder ready | lines logged
     for (const Lines& row : table(R"(
 2 | [001,02,3,04][][][][] ready | DEBUG ZUV_UTILS: GeoID not available for PCI address [none].

@@ -18,9 +18,8 @@ lo | refresh | - 127.0.0.1 127.0.0.1 3
 lo | fresh | - - - 3
 10.0.0.2 | scan | 10.0.0.2 - 10.0.0.2 4
 10.0.0.1 10.0.0.2 | scan | 10.0.0.1,10.0.0.2 - 10.0.0.2 5
-10.0.0.3 10.0.0.4 | scan | 10.0.0.3,10.0.0.4 - 10.0.0.3 6
-lo | scan | - - 127.0.0.1 7
-10.0.0.6 | primary | 127.0.0.1 127.0.0.1 127.0.0.1 7 | !DEBUG ZUV_UTILS: Get aux IPv4 address populated
+lo | scan | - - 127.0.0.1 6
+10.0.0.6 | primary | 127.0.0.1 127.0.0.1 127.0.0.1 6 | !DEBUG ZUV_UTILS: Get aux IPv4 address populated
 )")) {
         std::istringstream addresses(row[0]);
         host.interfaces.clear();

@@ -5,7 +5,6 @@
 TEST_F(HostTest, TimeTextsOfThePresentAndTheParser) {
     // time now | zone | short form, UTC, local, ctime text, zone name
     for (const Lines& row : table(R"(
-1583298367 | UTC0 | Mar 4 05:06:07,2020-03-04T05:06:07Z,2020-03-04 05:06:07,Wed Mar  4 05:06:07 2020,UTC
 1584162367 | ZZZ-12 | Mar 14 17:06:07,2020-03-14T05:06:07Z,2020-03-14 17:06:07,Sat Mar 14 17:06:07 2020,ZZZ
 1609545609 | EST5 | Jan 1 19:00:09,2021-01-02T00:00:09Z,2021-01-01 19:00:09,Fri Jan  1 19:00:09 2021,EST
 )")) {
@@ -40,7 +39,6 @@ TEST_F(HostTest, BootAndShutdownTimesComeFromTheLastLinesOfTheSummaryLog) {
     | 0,104767 0,1583125567
 2020-03-04T05:06:07Z Host has booted | 0,1583298367 0,7
 2020-03-01T00:00:00Z Host is rebooting\n2020-03-04T05:06:07Z Host is rebooting\n | 0,7 0,1583298367
-none | 0,7 0,7
 2020-XX-04T05:06:07Z Host has booted\n2020-XX-04T05:06:07Z Host is rebooting | !stoi !stoi
 )")) {
         unlink("/var/log/vmksummary.log");

@@ -43,7 +43,6 @@ x\ntouch /tmp/pwned | -1,kept ,,, safe
     | WARNING ZUV_UTILS: Refusing adapter name with a quote, a control character or a leading '-': [-e x]
     | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [-e x]
 $(touch /tmp/pwned) | 1,kept ,,, safe
-`touch /tmp/pwned`; touch /tmp/pwned | 1,kept ,,, safe
 x/ { system("touch /tmp/pwned") } /y | 1,kept ,,, safe
     | !WARNING VMWARE_OS_UTILS: Refusing PCI look-up key with a quote or control character: [x/ { system("touch
      /tmp/pwned") } /y]
@@ -85,7 +84,6 @@ TEST_F(HostTest, MemoryFiguresAreWholeGigabytesOfTheFirstValueRowAndFailuresAreL
     // esxtop's output, behind the header when it begins with a line feed | machine and free memory
     for (const Lines& row : table(R"#(
 \n"t","262041","1200","130000",\n | 255,126
-\n"t","4096.75","1200","2047.99",\n | 4,1
 \n"t","abc","1200","-2048",\n | 0,-2
 \n"t",819200,"1200","2048",\n | 0,2
 \n"t","2048","1200","1024",\n"t","8192","1","8192",\n | 2,1
