@@ -55,8 +55,9 @@ template <typename T>
 struct zuvPciVendorNameAllocator {
     using value_type = T;
     zuvPciVendorNameAllocator() noexcept = default;
+    // Implicit, as std::allocator's: the containers convert between the rebinds of an allocator.
     template <typename U>
-    zuvPciVendorNameAllocator(const zuvPciVendorNameAllocator<U>&) noexcept {}
+    zuvPciVendorNameAllocator(const zuvPciVendorNameAllocator<U>&) noexcept {}  // NOLINT(google-explicit-constructor)
 
     T* allocate(std::size_t count) {
         zuvPciVendorNameRoom& room = pciVendorNameRoom;
