@@ -50,7 +50,8 @@ pid_t startClient(int client) {
 void BM_Waves(benchmark::State& state, std::vector<std::string> serviceOptions) {
     unlink("/var/run/kelzuv");
     serviceOptions.insert(serviceOptions.begin(), ZUV_SIM_SERVICE_PATH);
-    zuvtest::BackgroundProcess service(serviceOptions);
+    zuvtest::BackgroundProcess service;
+    service.start(serviceOptions);
     if (!zuvtest::waitForPath("/var/run/kelzuv")) state.SkipWithError("the service made no pipe");
     const int wave = static_cast<int>(state.range(0));
     double requests = 0, failures = 0;

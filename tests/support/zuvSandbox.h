@@ -10,7 +10,8 @@
 
 namespace zuvtest {
 
-// True once the process is inside the sandbox; on failure, why says what went wrong.
+// True once the process is inside the sandbox and its private paths are seen to be private; on failure,
+// why says what went wrong.
 bool enterSandbox(std::string* why = nullptr);
 
 // File helpers; they throw std::runtime_error on failure. writeFile makes the parent directories.
@@ -21,8 +22,7 @@ void makeDirectories(const std::string& path);
 void writeConfig(const std::string& json);  // /opt/kelzuv/vital/zuv.conf
 
 struct SyslogLine {
-    int priority;         // LOG_ERR, LOG_WARNING, ...
-    int facility;         // LOG_USER, ...
+    int priority;         // facility and level: LOG_USER | LOG_WARNING, ...
     std::string ident;    // "zuv"
     std::string message;  // as the process passed it (a trailing line feed kept)
 };

@@ -2,7 +2,7 @@
 // platform picks once per process.
 #include "hostTestFixture.h"
 #include "platform/zuvPlatformCode.h"
-#include "zuvChild.h"
+#include "zuvProcess.h"
 
 class UtilsGeoId : public HostTest {};
 
