@@ -85,11 +85,7 @@ BENCHMARK_CAPTURE(BM_Waves, road, {"--rmc", "sim", "--rmc-pause", "none"})
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string why;
-    if (!zuvtest::enterSandbox(&why)) {
-        std::fprintf(stderr, "bench_service needs the test sandbox (root): %s\n", why.c_str());
-        return 1;
-    }
+    zuvtest::enterSandbox();
     zuvtest::writeConfig(R"({"CliMode":"test","EnableResources":["All"],"LoggingLevel":"Warning"})");
     zuvtest::makeDirectories("/vmfs/devices/char/mem");
     zuvsim::SmbiosImage().addType1("PLATFAMILY00001").writeTo("/vmfs/devices/char/mem/smbios");

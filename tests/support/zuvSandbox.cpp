@@ -9,6 +9,8 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -21,7 +23,6 @@ namespace zuvtest {
 namespace {
 
 namespace fs = std::filesystem;
-bool sandboxed = false;
 const std::string kNewRoot = "/tmp/zuv-sandbox-root";  // in a private tmpfs mounted on /tmp first
 
 void check(bool ok, const std::string& what) {
@@ -61,8 +62,7 @@ void populate(const fs::path& root) {
 
 }  // namespace
 
-bool enterSandbox(std::string* why) {
-    if (sandboxed) return true;
+void enterSandbox() {
     try {
         const fs::path cwd = fs::current_path();
         check(geteuid() == 0, "the sandbox needs root");
@@ -78,10 +78,9 @@ bool enterSandbox(std::string* why) {
             check(statfs(path, &fs) == 0 && fs.f_type == TMPFS_MAGIC, std::string(path) + " is not private");
         }
     } catch (const std::exception& e) {
-        if (why) *why = e.what();
-        return false;
+        std::fprintf(stderr, "cannot enter the test sandbox: %s\n", e.what());
+        std::exit(1);
     }
-    return sandboxed = true;
 }
 
 void makeDirectories(const std::string& path) { fs::create_directories(path); }

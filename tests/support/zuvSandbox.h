@@ -10,9 +10,8 @@
 
 namespace zuvtest {
 
-// True once the process is inside the sandbox and its private paths are seen to be private; on failure,
-// why says what went wrong.
-bool enterSandbox(std::string* why = nullptr);
+// Enters the sandbox, once, and sees its private paths private, or ends the process with status 1 and the reason.
+void enterSandbox();
 
 // File helpers; they throw std::runtime_error on failure. writeFile makes the parent directories.
 void writeFile(const std::string& path, const std::string& text);
