@@ -140,11 +140,7 @@ BENCHMARK(BM_EventJsonBuildAndSerialise);
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string why;
-    if (!zuvtest::enterSandbox(&why)) {
-        std::fprintf(stderr, "cannot enter the sandbox: %s\n", why.c_str());
-        return 1;
-    }
+    zuvtest::enterSandbox();
     zuvtest::writeConfig(R"({"ZUVLogLocation":"syslog","DebugLogLocation":"syslog","LoggingLevel":"Error"})");
     zuvLogger::getInstance();  // before any thread
     benchmark::Initialize(&argc, argv);

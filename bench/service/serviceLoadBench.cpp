@@ -50,7 +50,8 @@ pid_t startClient(int client) {
 void BM_Waves(benchmark::State& state, std::vector<std::string> serviceOptions) {
     unlink("/var/run/kelzuv");
     serviceOptions.insert(serviceOptions.begin(), ZUV_SIM_SERVICE_PATH);
-    zuvtest::BackgroundProcess service(serviceOptions);
+    zuvtest::BackgroundProcess service;
+    service.start(serviceOptions);
     if (!zuvtest::waitForPath("/var/run/kelzuv")) state.SkipWithError("the service made no pipe");
     const int wave = static_cast<int>(state.range(0));
     double requests = 0, failures = 0;
@@ -84,11 +85,7 @@ BENCHMARK_CAPTURE(BM_Waves, road, {"--rmc", "sim", "--rmc-pause", "none"})
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string why;
-    if (!zuvtest::enterSandbox(&why)) {
-        std::fprintf(stderr, "bench_service needs the test sandbox (root): %s\n", why.c_str());
-        return 1;
-    }
+    zuvtest::enterSandbox();
     zuvtest::writeConfig(R"({"CliMode":"test","EnableResources":["All"],"LoggingLevel":"Warning"})");
     zuvtest::makeDirectories("/vmfs/devices/char/mem");
     zuvsim::SmbiosImage().addType1("PLATFAMILY00001").writeTo("/vmfs/devices/char/mem/smbios");

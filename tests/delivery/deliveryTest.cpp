@@ -7,7 +7,7 @@
 #include "delivery/zuvInBandComManager.h"
 #include "deliveryTestRig.h"
 #include "platform/SMBIOSVMware.h"
-#include "zuvChild.h"
+#include "zuvProcess.h"
 
 using namespace deliverytest;
 using zuvtest::kDebugLog;

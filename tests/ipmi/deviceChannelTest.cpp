@@ -1,6 +1,6 @@
 // The device channel: opening /dev/ipmi0, with the driver load, and transfer over the kernel records.
 #include "ipmiTestRig.h"
-#include "zuvChild.h"
+#include "zuvProcess.h"
 
 #include <fcntl.h>
 

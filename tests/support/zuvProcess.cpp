@@ -1,6 +1,5 @@
 #include "zuvProcess.h"
 
-#include "zuvChild.h"
 #include "zuvSandbox.h"
 
 #include <fcntl.h>
@@ -92,16 +91,17 @@ ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs) {
 void BackgroundProcess::start(const std::vector<std::string>& argv) {
     stop();
     child = spawn(argv);
+    reaped = false;
 }
 
 void BackgroundProcess::stop() {
-    if (child > 0 && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
-    child = -1;
+    if (child > 0 && !reaped && kill(child, SIGKILL) == 0) waitpid(child, nullptr, 0);
+    reaped = true;
 }
 
 int BackgroundProcess::wait(int timeoutMs) {
-    const int status = child > 0 ? waitFor(child, timeoutMs) : -1;
-    if (status != -1) child = -1;
+    const int status = child > 0 && !reaped ? waitFor(child, timeoutMs) : -1;
+    if (status != -1) reaped = true;
     return status;
 }
 

@@ -1,12 +1,21 @@
 #pragma once
-// Programs run from tests: one with its output and a bound on its time, or one in the background.
+// Programs run from tests: a function in a forked child, a program with its output and a bound on its time,
+// or a program in the background.
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace zuvtest {
+
+// For singletons built once per process, and exit().
+struct ChildResult {
+    std::string text;     // what the function returned
+    int exitStatus = -1;  // 0 when the function returned; else the child's own exit status
+};
+ChildResult inChild(const std::function<std::string()>& body);
 
 struct ProcessResult {
     int exitStatus = -1;  // exit status when the process exited, -1 when killed after the time limit
@@ -18,18 +27,18 @@ ProcessResult runProcess(const std::vector<std::string>& argv, int timeoutMs = 1
 class BackgroundProcess {
 public:
     BackgroundProcess() = default;
-    explicit BackgroundProcess(const std::vector<std::string>& argv) { start(argv); }
     ~BackgroundProcess() { stop(); }
     BackgroundProcess(const BackgroundProcess&) = delete;
     BackgroundProcess& operator=(const BackgroundProcess&) = delete;
 
     void start(const std::vector<std::string>& argv);
-    void stop();              // kills the process if it still runs, and reaps it
-    int wait(int timeoutMs);  // its exit status once it ends by itself within timeoutMs, else -1
-    pid_t pid() const { return child; }
+    void stop();                         // kills the process if it still runs, and reaps it
+    int wait(int timeoutMs);             // its exit status once it ends by itself within timeoutMs, else -1
+    pid_t pid() const { return child; }  // kept once the process has ended
 
 private:
     pid_t child = -1;
+    bool reaped = false;
 };
 
 bool waitForPath(const std::string& path, int timeoutMs = 5000);  // false once timeoutMs went by

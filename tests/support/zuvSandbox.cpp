@@ -1,15 +1,20 @@
 #include "zuvSandbox.h"
 
+#include <linux/magic.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -18,7 +23,6 @@ namespace zuvtest {
 namespace {
 
 namespace fs = std::filesystem;
-bool sandboxed = false;
 const std::string kNewRoot = "/tmp/zuv-sandbox-root";  // in a private tmpfs mounted on /tmp first
 
 void check(bool ok, const std::string& what) {
@@ -58,8 +62,7 @@ void populate(const fs::path& root) {
 
 }  // namespace
 
-bool enterSandbox(std::string* why) {
-    if (sandboxed) return true;
+void enterSandbox() {
     try {
         const fs::path cwd = fs::current_path();
         check(geteuid() == 0, "the sandbox needs root");
@@ -69,11 +72,15 @@ bool enterSandbox(std::string* why) {
         mountTmpfs(kNewRoot);
         populate(kNewRoot);
         check(chroot(kNewRoot.c_str()) == 0 && (chdir(cwd.c_str()) == 0 || chdir("/") == 0), "chroot");
+        for (const char* path :
+             {"/opt", "/run", "/var/run/", "/var/log", "/tmp", "/scratch", "/vmfs", "/dev", "/bin"}) {
+            struct statfs fs {};
+            check(statfs(path, &fs) == 0 && fs.f_type == TMPFS_MAGIC, std::string(path) + " is not private");
+        }
     } catch (const std::exception& e) {
-        if (why) *why = e.what();
-        return false;
+        std::fprintf(stderr, "cannot enter the test sandbox: %s\n", e.what());
+        std::exit(1);
     }
-    return sandboxed = true;
 }
 
 void makeDirectories(const std::string& path) { fs::create_directories(path); }
@@ -120,13 +127,11 @@ std::vector<SyslogLine> SyslogCollector::lines() {
         std::string all;
         for (ssize_t n; (n = recv(connection, buffer, sizeof buffer, MSG_DONTWAIT)) > 0;) all.append(buffer, n);
         std::istringstream pieces(all);
-        for (std::string rest; std::getline(pieces, rest, '\0');) {
-            const int pri = std::atoi(rest.c_str() + 1);
-            rest.erase(0, rest.find('>') + 1);
-            if (rest.size() > 16 && rest[3] == ' ' && rest[15] == ' ') rest.erase(0, 16);  // the time stamp
-            const size_t colon = std::min(rest.find(": "), rest.size());
-            received.push_back(
-                {pri & 7, pri & ~7, rest.substr(0, colon), rest.substr(std::min(colon + 2, rest.size()))});
+        for (std::string piece; std::getline(pieces, piece, '\0');) {
+            std::smatch m;  // anything else is kept whole, as priority -1
+            const bool ok =
+                std::regex_match(piece, m, std::regex(R"(<(\d+)>\w{3} [ \d]\d \d\d:\d\d:\d\d ([^:]*): ([\s\S]*))"));
+            received.push_back(ok ? SyslogLine{std::stoi(m[1]), m[2], m[3]} : SyslogLine{-1, "", piece});
         }
     }
     return received;

@@ -10,8 +10,8 @@
 
 namespace zuvtest {
 
-// True once the process is inside the sandbox; on failure, why says what went wrong.
-bool enterSandbox(std::string* why = nullptr);
+// Enters the sandbox, once, and sees its private paths private, or ends the process with status 1 and the reason.
+void enterSandbox();
 
 // File helpers; they throw std::runtime_error on failure. writeFile makes the parent directories.
 void writeFile(const std::string& path, const std::string& text);
@@ -21,8 +21,7 @@ void makeDirectories(const std::string& path);
 void writeConfig(const std::string& json);  // /opt/kelzuv/vital/zuv.conf
 
 struct SyslogLine {
-    int priority;         // LOG_ERR, LOG_WARNING, ...
-    int facility;         // LOG_USER, ...
+    int priority;         // facility and level: LOG_USER | LOG_WARNING, ...
     std::string ident;    // "zuv"
     std::string message;  // as the process passed it (a trailing line feed kept)
 };

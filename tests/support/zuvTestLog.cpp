@@ -40,8 +40,4 @@ size_t countMessage(const std::vector<std::string>& messages, const std::string&
     return static_cast<size_t>(std::count(messages.begin(), messages.end(), text));
 }
 
-bool hasMessage(const std::vector<std::string>& messages, const std::string& text) {
-    return countMessage(messages, text) != 0;
-}
-
 }  // namespace zuvtest

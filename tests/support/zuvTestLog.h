@@ -15,6 +15,8 @@ void clearLogs();         // empties both files
 std::vector<std::string> logMessages(const char* file, const std::string& tag, const std::string& level = "");
 bool logHolds(const char* file, const std::string& text);
 size_t countMessage(const std::vector<std::string>& messages, const std::string& text);
-bool hasMessage(const std::vector<std::string>& messages, const std::string& text);
+inline bool hasMessage(const std::vector<std::string>& messages, const std::string& text) {
+    return countMessage(messages, text) != 0;
+}
 
 }  // namespace zuvtest

@@ -2,7 +2,7 @@
 // platform picks once per process.
 #include "hostTestFixture.h"
 #include "platform/zuvPlatformCode.h"
-#include "zuvChild.h"
+#include "zuvProcess.h"
 
 TEST_F(HostTest, DesignationGivesTheFirstType2GeoIdBetweenWordBoundaries) {
     for (const Lines& row : table(R"(
