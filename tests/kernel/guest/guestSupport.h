@@ -17,9 +17,8 @@ namespace zuvkernel {
 inline std::set<std::string> ipmiModules() {
     std::istringstream modules(zuvtest::readFile("/proc/modules"));
     std::set<std::string> found;
-    for (std::string name, rest; modules >> name && std::getline(modules, rest);) {
+    for (std::string name, rest; modules >> name && std::getline(modules, rest);)
         if (name.compare(0, 5, "ipmi_") == 0) found.insert(name);
-    }
     return found;
 }
 
