@@ -16,9 +16,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text = textOf(data, size);
     zuvtest::writeFile(kEventFile, text);
     zuvCliHandler& handler = zuvCliHandler::getInstance();
-    for (const std::function<void()>& check : {std::function<void()>([&] { handler.handleJsonPacket(text); }),
-                                               std::function<void()>([&] { handler.handleJsonFile(kEventFile); }),
-                                               std::function<void()>([&] { handler.checkTestEvent(text); })}) {
+    const std::function<void()> checks[] = {
+        [&] { handler.handleJsonPacket(text); },
+        [&] { handler.handleJsonFile(kEventFile); },
+        [&] { handler.checkTestEvent(text); },
+    };
+    for (const auto& check : checks) {
         try {
             check();
         } catch (const std::runtime_error&) {
