@@ -32,8 +32,7 @@ void restartCallsAfterTheAlarm() {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool alarmRestarts = (restartCallsAfterTheAlarm(), true);
-    (void)alarmRestarts;
+    [[maybe_unused]] static const bool alarmRestarts = (restartCallsAfterTheAlarm(), true);
     uint8_t steer = 0;
     std::string wire;
     if (!splitSteering(data, size, &steer, &wire)) return 0;

@@ -17,9 +17,7 @@ install -m 755 "$init" "$work/init"
 # The IPMI modules and their dependencies, by the unpacked tree's own modules.dep.
 moddir=lib/modules/$version
 wanted=$(grep -E '^kernel/drivers/char/ipmi/[^:]*:' "$kroot/$moddir/modules.dep" | tr -d ':' | tr ' ' '\n' | sort -u)
-for m in $wanted; do
-    install -D -m 644 "$kroot/$moddir/$m" "$work/$moddir/$m"
-done
+(cd "$kroot/$moddir" && cp --parents $wanted "$work/$moddir/")
 cp "$kroot/$moddir"/modules.order "$kroot/$moddir"/modules.builtin* "$work/$moddir/" 2>/dev/null || true
 depmod -b "$work" "$version"
 

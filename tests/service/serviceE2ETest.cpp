@@ -204,7 +204,6 @@ TEST_F(Service, ZuvCliLeavesNothingButTheLoggerUnderMemcheck) {
     setenv("VALGRIND_OPTS", "--error-exitcode=99 --leak-check=full --errors-for-leak-kinds=all", 1);
     const std::pair<Args, std::string> cases[] = {
         {{"-t", "708", "-l", "ABCDEFGHIJKLMNOP"}, kSent},
-        {{"-p", event}, kSent},
         {{"-f", "/tmp/event.json"}, kSent},
         {{"-j", "/tmp/inv.json"}, kSaved},
         {{"-t", "1"}, ""},  // a failing check: status 1

@@ -12,7 +12,7 @@ TEST(BmcSim, RepositoryCacheEqualsIpmitoolDump) {
     const size_t recordsInFile = std::strtoul(zuvkernel::bootValue("zuvsdrcount").c_str(), nullptr, 10);
     zuvIPMI::SDRRepositoryCache cache(&zuvkernel::service());  // ipmitool needs the node the first open made
     ASSERT_EQ(0, std::system("ipmitool -I open sdr dump /tmp/sdr.dump >/dev/null 2>&1"));
-    const std::string dump = zuvkernel::readText("/tmp/sdr.dump");
+    const std::string dump = zuvtest::readFile("/tmp/sdr.dump");
     std::vector<std::string> peer;  // each record as 255 bytes, zero behind its length
     for (size_t at = 0; at + 5 <= dump.size(); at += 5 + uint8_t(dump[at + 4])) {
         peer.push_back(dump.substr(at, 5 + uint8_t(dump[at + 4])));

@@ -9,7 +9,7 @@
 
 TEST(DriverLoading, FirstUseLoadsAllFiveDriversAndMakesTheNode) {
     const zuvkernel::FirstOpen& open = zuvkernel::firstOpen();
-    ASSERT_NE(std::string::npos, zuvkernel::readText("/proc/mounts").find("tmpfs /dev tmpfs"));
+    ASSERT_NE(std::string::npos, zuvtest::readFile("/proc/mounts").find("tmpfs /dev tmpfs"));
     EXPECT_TRUE(open.modulesBefore.empty());
     EXPECT_FALSE(open.nodeBefore);
     EXPECT_GE(open.seconds, 3.0);  // the pause after the driver load, on the guest's clock
@@ -21,6 +21,6 @@ TEST(DriverLoading, FirstUseLoadsAllFiveDriversAndMakesTheNode) {
     ASSERT_EQ(0, stat("/dev/ipmi0", &node));
     EXPECT_EQ(S_IFCHR | 0600u, node.st_mode);
     const std::string major = std::to_string(major(node.st_rdev));
-    EXPECT_NE(std::string::npos, zuvkernel::readText("/proc/devices").find("\n" + major + " ipmidev\n")) << major;
+    EXPECT_NE(std::string::npos, zuvtest::readFile("/proc/devices").find("\n" + major + " ipmidev\n")) << major;
     EXPECT_EQ(0u, minor(node.st_rdev));
 }

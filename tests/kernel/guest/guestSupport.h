@@ -1,31 +1,24 @@
 #pragma once
 // What the guest tests share: the service, built by whichever test needs it first, with the
-// kernel's state observed around that first construction; a reader of files.
+// kernel's state observed around that first construction.
 #include "ipmi/zuvIPMIService.h"
+#include "zuvSandbox.h"
 
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
 
 namespace zuvkernel {
 
-inline std::string readText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 inline std::set<std::string> ipmiModules() {
-    std::istringstream modules(readText("/proc/modules"));
+    std::istringstream modules(zuvtest::readFile("/proc/modules"));
     std::set<std::string> found;
-    for (std::string name, rest; modules >> name && std::getline(modules, rest);) {
+    for (std::string name, rest; modules >> name && std::getline(modules, rest);)
         if (name.compare(0, 5, "ipmi_") == 0) found.insert(name);
-    }
     return found;
 }
 

@@ -6,13 +6,14 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <tuple>
 
 TEST(Smbios, ReaderAgreesWithDmidecode) {
     for (const char* name : {"zuvfwuuid", "zuvuuid", "zuvplatform"}) ASSERT_NE("", zuvkernel::bootValue(name)) << name;
     std::map<int, unsigned> structures;             // dmidecode's count by type
     std::map<std::string, std::string> systemInfo;  // its fields of type 1, by its names
     ASSERT_EQ(0, std::system("dmidecode -t 1 -t 9 -t 41 >/tmp/dmidecode.txt"));
-    std::istringstream out(zuvkernel::readText("/tmp/dmidecode.txt"));
+    std::istringstream out(zuvtest::readFile("/tmp/dmidecode.txt"));
     int type = -1;
     for (std::string line; std::getline(out, line);) {
         const size_t typeAt = line.find(", DMI type "), colon = line.find(": ");
@@ -34,11 +35,8 @@ TEST(Smbios, ReaderAgreesWithDmidecode) {
         info = static_cast<smbiosSystemInfo*>(table);
     }
     ASSERT_NE(nullptr, info);
-    const struct {
-        const char* peerName;
-        std::string product;
-        size_t width;
-    } fields[] = {
+    // dmidecode's name of a field, the product's text, the width of the product's field.
+    const std::tuple<const char*, std::string, size_t> fields[] = {
         {"Manufacturer", smbios.getManufacturer(), sizeof info->manufacturer},
         {"Product Name", info->productName, sizeof info->productName},
         {"Version", info->version, sizeof info->version},
@@ -46,10 +44,10 @@ TEST(Smbios, ReaderAgreesWithDmidecode) {
         {"SKU Number", info->skuNumber, sizeof info->skuNumber},
         {"Family", smbios.getFamily(), sizeof info->family},
     };
-    for (const auto& f : fields) {
+    for (const auto& [peerName, product, width] : fields) {
         // A string that isn't there is "Undefined" to the product; a long one is cut to its field.
-        const std::string& text = systemInfo[f.peerName];
-        EXPECT_EQ(text == "Not Specified" ? "Undefined" : text.substr(0, f.width - 1), f.product) << f.peerName;
+        const std::string& text = systemInfo[peerName];
+        EXPECT_EQ(text == "Not Specified" ? "Undefined" : text.substr(0, width - 1), product) << peerName;
     }
     // The UUID as the firmware stored it, and as the product prints it after its byte-order rule.
     EXPECT_STRCASEEQ(zuvkernel::bootValue("zuvfwuuid").c_str(), systemInfo["UUID"].c_str());
