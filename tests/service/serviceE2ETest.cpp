@@ -73,14 +73,13 @@ protected:
                 {"/bin/sh", "-c",
                  "exec " ZUV_CLI_PATH + request + " >" + outputOf(i, ".out") + " 2>" + outputOf(i, ".err")});
             pids[clients[i].pid()] = i;
-            pidOf[i] = clients[i].pid();  // kept: a client that has ended is no longer known by its process
         }
     }
     // True when client i ended with status 0, having printed its own line and removed its pipe.
     bool answered(int i, int status) {
         const char* line = i % 3 == 0 ? kSent : i % 3 == 1 ? kSaved : kCantOpen;
         return status == 0 && zuvtest::readFile(outputOf(i, ".out")) == line &&
-               zuvtest::readFile(outputOf(i, ".err")).empty() && !zuvtest::fileExists(replyPipeOf(pidOf.at(i)));
+               zuvtest::readFile(outputOf(i, ".err")).empty() && !zuvtest::fileExists(replyPipeOf(clients.at(i).pid()));
     }
     // How many packets each client sent; every packet the service read must come from a client
     // of the test and carry that client's own request.
@@ -113,7 +112,6 @@ protected:
     zuvtest::BackgroundProcess service;  // stopped with the fixture
     std::map<int, zuvtest::BackgroundProcess> clients;
     std::map<pid_t, int> pids;
-    std::map<int, pid_t> pidOf;
     int grace = 60000;
 };
 
@@ -190,7 +188,8 @@ TEST_F(Service, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
         const bool cut =
             status == 128 + SIGPIPE || (status == 1 && zuvtest::readFile(outputOf(i, ".err")) ==
                                                            "zuvCli Error: Failed to read the reply of ZUV service.\n");
-        const bool waits = status < 0 && zuvtest::fileExists(replyPipeOf(pidOf.at(i)));  // in the open of its pipe
+        const bool waits =
+            status < 0 && zuvtest::fileExists(replyPipeOf(clients.at(i).pid()));  // in the open of its pipe
         EXPECT_TRUE(waits || answered(i, status) || cut) << i << " ended with " << status;
     }
 }
