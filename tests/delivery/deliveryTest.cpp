@@ -17,9 +17,6 @@ TEST(DispatcherQueue, TasksRunByPriorityAndEqualPrioritiesInHeapOrder) {
     rig();
     const std::pair<std::vector<int>, std::vector<int>> cases[] = {
         {{0, 1, 3, 2, 3}, {0, 3, 5, 4, 2, 1}},
-        {{5, 5, 5}, {0, 1, 2, 3}},
-        {{5, 5, 5, 5}, {0, 1, 3, 2, 4}},
-        {{5, 5, 5, 5, 5}, {0, 1, 3, 5, 2, 4}},
         {{5, 5, 5, 5, 5, 5, 5, 5, 5}, {0, 1, 3, 7, 9, 6, 8, 5, 2, 4}},
         {{-1, 0, -7, 2}, {0, 4, 2, 1, 3}},
         {{2, 0, 2, 1, 0, 2, 1, 1, 0, 2}, {0, 1, 3, 6, 10, 7, 4, 8, 5, 9, 2}}};
@@ -114,18 +111,16 @@ protected:
     void SetUp() override {
         zuvtest::clearLogs();
         manager->initializeMsgHeader({"esx01", "7.0.3", 104, "192.0.2.10"});
-        before = rig().rmc.commands().size();
+        rig().rmc.clearRecord();
     }
     // "command text" of what the RMC received since the test began.
-    Strings received() {
+    static Strings received() {
         Strings texts;
-        const auto all = rig().rmc.commands();
-        for (size_t i = before; i < all.size(); ++i) texts.push_back(all[i].name + " " + all[i].text());
+        for (const auto& command : rig().rmc.commands()) texts.push_back(command.name + " " + command.text());
         return texts;
     }
     static zuvInBandComManager* manager;
     Recorder held, results;  // the tasks that use them end within the test
-    size_t before = 0;
 };
 
 zuvInBandComManager* ManagerTest::manager = nullptr;
@@ -222,7 +217,6 @@ TEST_F(ManagerTest, EventJsonHasLocationAndVariableDataOnlyWhenThereAreAny) {
         {"not available", {}, R"("PhysicalLocation":"not available","Source":"s"})"},
         {"NotAvailable ", {}, R"("PhysicalLocation":"NotAvailable ","Source":"s"})"},
         {"", Json::objectValue, R"("Source":"s","VariableData":{}})"},
-        {"", false, R"("Source":"s","VariableData":false})"},
     };
     for (const auto& [location, data, tail] : cases)
         EXPECT_EQ(render({-5, "t", 7, "not sent", "not sent", location, "s", data}), head + tail) << location << data;

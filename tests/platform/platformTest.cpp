@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <regex>
 
 #include "deliveryTestRig.h"
 #include "fakeHostSystem.h"
@@ -29,27 +30,22 @@ std::string dump(int type) {
     if (type == 9) smbiosPrintSlots(static_cast<smbiosSystemSlot*>(table), int(count));
     std::string text = testing::internal::GetCapturedStdout();
     for (std::string label : {"Handle", "Length", "designation", "type", "busDataWidth", "currentUsage", "length", "id",
-                              "characteristics1", "characteristics2", "segmentGroupNum", "busNum", "devFuncNum"}) {
-        label = "   " + label + std::string(20 - label.size(), ' ') + ": ";
-        for (size_t at; (at = text.find(label)) != std::string::npos;) text.erase(at, label.size());
-    }
-    for (const char* label : {"System Slot record ", "  (Type 9)"})
-        for (size_t at; (at = text.find(label)) != std::string::npos;) text.erase(at, strlen(label));
-    for (size_t at; (at = text.find("\n\n")) != std::string::npos;) text.replace(at, 2, ";");
-    std::replace(text.begin(), text.end(), '\n', ' ');
+                              "characteristics1", "characteristics2", "segmentGroupNum", "busNum", "devFuncNum"})
+        text = std::regex_replace(text, std::regex("\n   " + label + std::string(20 - label.size(), ' ') + ": "), " ");
+    text = std::regex_replace(text, std::regex("System Slot record |  \\(Type 9\\)|\n(?=\n)"), "");
+    std::replace(text.begin(), text.end(), '\n', ';');
     char line[1024];
     for (unsigned i = 0; i < count && type != 9; ++i) {
         const auto& s = static_cast<smbiosSystemInfo*>(table)[i];
         const auto& d = static_cast<smbiosOnboardDevice*>(table)[i];
-        if (type == 1) {
+        if (type == 1)
             snprintf(line, sizeof line, "%d %d %d %s|%s|%s|%s %s %d %s|%s;", s.recordType, s.recordLength, s.handle,
                      s.manufacturer, s.productName, s.version, s.serialNumber, s.uuid, s.wakeUpType, s.skuNumber,
                      s.family);
-        } else {
+        else
             snprintf(line, sizeof line, "%d %d %d %s %d %d %x %x %d %d;", d.recordType, d.recordLength, d.handle,
                      d.referenceDesignation, d.deviceType, d.deviceTypeInstance, d.segmentGroupNum, d.busNum,
                      d.deviceNum, d.functionNum);
-        }
         text += line;
     }
     free(table);
@@ -83,14 +79,13 @@ TEST(Smbios, RecordsOfEachTypeFieldByField) {
          kSlotText + "#2 0x0002 14 ~x.y.z." + std::string(120, 'D') + " 165 11 3 4 4660 0xc 0x5 0x7e02 0x78 0x2e;"},
         {"onboard device", SmbiosImage(bios).addStructure(41, {1, 0x85, 2, 1, 2, 0x19, 0xFD}, {"NIC 2"}).bytes(), 41,
          "41 11 1 NIC 2 5 2 201 19 31 5;"},
-        {"system of 27 bytes", system(27).bytes(), 1, "1 27 0 " + kSystemText + "K|F;"},
+        {"system of 27 bytes, its family cut to the field", system(27, std::string(100, 'F')).bytes(), 1,
+         "1 27 0 " + kSystemText + "K|" + std::string(63, 'F') + ";"},
         {"system of 26 bytes", system(26).bytes(), 1, "1 26 0 " + kSystemText + ".|;"},
         {"system of 25 bytes", system(25).bytes(), 1, "1 25 0 " + kSystemText + ".|;"},
         {"system of 24 bytes", system(24).bytes(), 1, "1 24 0 M|" + std::string(70, 'P') + "|V|S  0 |;"},
         {"system of 8 bytes", system(8).bytes(), 1, "1 8 0 M|" + std::string(70, 'P') + "|V|S  0 |;"},
         {"system of 7 bytes", system(7).bytes(), 1, "1 7 0 |||  0 |;"},
-        {"family cut to its field", system(27, std::string(100, 'F')).bytes(), 1,
-         "1 27 0 " + kSystemText + "K|" + std::string(63, 'F') + ";"},
         {"no structure of the type", good, 41, "-1"},
         {"type without a record layout", good, 0, "-1"},
         // The walk: the length byte is added whatever it says; a structure not closed inside the table ends it.
@@ -104,7 +99,6 @@ TEST(Smbios, RecordsOfEachTypeFieldByField) {
          kSlotText},
         {"table length beyond what was read", SmbiosImage(host).setTableLength(0xFFFF).bytes(), 9, kSlotText},
         // The entry point: "_SM_" on a 4-byte boundary within the first 64 KiB, and its fields inside what was read.
-        {"empty device", {}, 1, "open -1"},
         {"no anchor", Bytes(4096, '_'), 1, "open -1"},
         {"anchor off a 4-byte boundary", SmbiosImage(bios).setEntryOffset(2).bytes(), 0, "open -1"},
         {"anchor beyond 64 KiB", SmbiosImage(bios).setEntryOffset(0x10000).bytes(), 0, "open -1"},
@@ -130,9 +124,7 @@ TEST(Smbios, StringNumbersAndUuidTexts) {
                                                    {3, ".."},        {4, "Undefined"}, {200, "Undefined"}};
     for (const auto& [index, text] : strings) EXPECT_STREQ(smbiosGetString(header, 4, index), text) << index;
     EXPECT_EQ(structure[7], '.') << "replaced in place";
-    const std::pair<uint16_t, const char*> uuids[] = {{0xD011, "01020304-0506-11d0-0809-0a0b0c0d0e0f"},
-                                                      {0x11D0, "04030201-0605-11d0-0809-0a0b0c0d0e0f"},
-                                                      {0x0010, "04030201-0605-0010-0809-0a0b0c0d0e0f"},
+    const std::pair<uint16_t, const char*> uuids[] = {{0x11D0, "04030201-0605-11d0-0809-0a0b0c0d0e0f"},
                                                       {0xFFFF, "04030201-0605-ffff-0809-0a0b0c0d0e0f"},
                                                       {0xF031, "01020304-0506-31f0-0809-0a0b0c0d0e0f"}};
     for (const auto& [data3, text] : uuids) {
@@ -154,14 +146,11 @@ TEST(EventResolver, EachPlatformResolvesExactlyItsTableWithNumbersCutTo16Bits) {
     for (auto [resolver, ids] : {std::make_pair<IELEventResolver*>(&preSphResolver, preSph.data()),
                                  std::make_pair<IELEventResolver*>(&sphResolver, sph.data())}) {
         for (int number = -3; number <= 60; ++number) {
-            std::string got;
-            try {
-                got = std::to_string(resolver->resolve(number + 65536 * (number % 3)));
-            } catch (const std::runtime_error& e) {
-                got = e.what();
-            }
-            const bool known = number >= 0 && number <= 50 && ids[number] != 0;
-            EXPECT_EQ(got, known ? std::to_string(ids[number]) : "IEL Event Not Matching") << number;
+            const int32_t wrapped = number + 65536 * (number % 3);
+            if (number >= 0 && number <= 50 && ids[number] != 0)
+                EXPECT_EQ(resolver->resolve(wrapped), ids[number]) << number;
+            else
+                EXPECT_EQ(failureOf([&] { resolver->resolve(wrapped); }), "IEL Event Not Matching") << number;
         }
     }
     EXPECT_EQ(IELEventMap::preSPHEventTable().size(), 47u);
