@@ -60,12 +60,9 @@ Strings managerLog(const char* file, const std::string& level = "") {
     return zuvtest::logMessages(file, "ZUV_COM_MANAGER", level);
 }
 
-// SMBIOS access whose platform look-up fails with something other than a runtime error.
-struct BrokenSmbios : zuvSmbiosInterface {
-    std::string getFamily() override { return "PLATFAMILY00001"; }
-    std::string getManufacturer() override { return ""; }
+// The host's SMBIOS access, but its platform look-up fails with something other than a runtime error.
+struct BrokenSmbios : SMBIOSVMware {
     int32_t getPlatform() override { throw std::logic_error("broken"); }
-    int getSmbiosTable(int, void**, unsigned*) override { return -1; }
 };
 
 // A completion that can be moved but not copied into a task: the event fails before it is queued.
@@ -81,20 +78,18 @@ protected:
     static void SetUpTestSuite() {
         rig();
         zuvtest::clearLogs();
-        BrokenSmbios broken;
-        // IPMI device present, SMBIOS family and access (the host's when null), failure; all tried anew.
-        const std::tuple<bool, const char*, zuvSmbiosInterface*, const char*> cases[] = {
-            {false, "PLATFAMILY00001", nullptr, "IPMI - Connection - Failed"},
-            {true, "", nullptr, "Couldnot Fetch the Platform details"},
-            {true, "PLATFAMILY00001", &broken, "broken"},
-            {true, "PLATFAMILY00001", nullptr, "no failure"},
+        // IPMI device present, SMBIOS family, a broken platform look-up, failure; all tried anew.
+        const std::tuple<bool, const char*, bool, const char*> cases[] = {
+            {false, "PLATFAMILY00001", false, "IPMI - Connection - Failed"},
+            {true, "", false, "Couldnot Fetch the Platform details"},
+            {true, "PLATFAMILY00001", true, "broken"},
+            {true, "PLATFAMILY00001", false, "no failure"},
         };
-        for (const auto& [device, family, access, failure] : cases) {
+        for (const auto& [device, family, broken, failure] : cases) {
             rig().device.setDevicePresent(device);
             installSmbios(family);
-            SMBIOSVMware host;
-            zuvSmbiosInterface* used = access != nullptr ? access : &host;
-            EXPECT_EQ(failureOf([used] { manager = zuvInBandComManager::getInstance(used); }), failure);
+            auto host = broken ? std::make_unique<BrokenSmbios>() : std::make_unique<SMBIOSVMware>();
+            EXPECT_EQ(failureOf([&] { manager = zuvInBandComManager::getInstance(host.get()); }), failure);
         }
         EXPECT_EQ(managerLog(kMainLog),
                   (Strings{"Creating zuvInBandComManager: platformId [PLATFAMILY00001]",
@@ -106,7 +101,7 @@ protected:
                            "Creating zuvInBandComManager: platformId [PLATFAMILY00001]"}));
         EXPECT_EQ(zuvtest::logMessages(kMainLog, "P_DISPATCH_Q"),
                   (Strings{"Creating dispatch queue: ZUV - IPMI Dispatch Queue", "Dispatch threads: 1"}));
-        EXPECT_EQ(zuvInBandComManager::getInstance(&broken), manager) << "the first argument that works counts";
+        EXPECT_EQ(zuvInBandComManager::getInstance(nullptr), manager) << "the first argument that works counts";
     }
     void SetUp() override {
         zuvtest::clearLogs();
