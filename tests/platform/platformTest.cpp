@@ -1,6 +1,5 @@
-// Platform identification: the SMBIOS reader over images at the host's SMBIOS device path (structures
-// written byte by byte), the event resolvers, and the platform services and the cached platform code
-// by SMBIOS family and kernel line.
+// Platform identification: the SMBIOS reader over images at the host's SMBIOS device path, the event
+// resolvers, the platform services and the cached platform code by SMBIOS family and kernel line.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -118,8 +117,8 @@ TEST(Smbios, RecordsOfEachTypeFieldByField) {
 TEST(Smbios, StringNumbersAndUuidTexts) {
     Bytes structure = {2, 4, 0, 0, 'p', 0, 'a', 0x7f, 'b', 0x80, 0, 0};
     auto* header = reinterpret_cast<smbiosHeader*>(structure.data());
-    const std::pair<int, const char*> strings[] = {{0, "Undefined"}, {2, "a.b."}, {3, "Undefined"}};
-    for (const auto& [index, text] : strings) EXPECT_STREQ(smbiosGetString(header, 4, index), text) << index;
+    for (int index : {0, 2, 3})  // no string, the second one, one past the last
+        EXPECT_STREQ(smbiosGetString(header, 4, index), index == 2 ? "a.b." : "Undefined") << index;
     EXPECT_EQ(structure[7], '.') << "replaced in place";
     const std::pair<uint16_t, const char*> uuids[] = {{0x11D0, "04030201-0605-11d0-0809-0a0b0c0d0e0f"},
                                                       {0xFFFF, "04030201-0605-ffff-0809-0a0b0c0d0e0f"},
@@ -156,11 +155,9 @@ TEST(EventResolver, EachPlatformResolvesExactlyItsTableWithNumbersCutTo16Bits) {
 
 // The answers of the predicates, in the order 2, 4, 0/1, 2/4, 0/1/2, 0/1/2/4.
 static std::string predicates() {
-    std::string answers;
-    for (bool answer : {isPlatform2(), isPlatform4(), isPlatform0Or1(), isPlatform2Or4(), isPlatform0Or1Or2(),
-                        isPlatform0Or1Or2Or4()})
-        answers += answer ? "1" : "0";
-    return answers;
+    return std::to_string(isPlatform2()) + std::to_string(isPlatform4()) + std::to_string(isPlatform0Or1()) +
+           std::to_string(isPlatform2Or4()) + std::to_string(isPlatform0Or1Or2()) +
+           std::to_string(isPlatform0Or1Or2Or4());
 }
 
 TEST(PlatformServices, RecordAndCachedCodeFollowTheFamilyAndTheKernelLine) {
