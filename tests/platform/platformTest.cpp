@@ -65,7 +65,7 @@ const std::string kSystemText = "M|" + std::string(70, 'P') + "|V|S 01020304-050
 
 }  // namespace
 
-TEST(Smbios, RecordsOfEachTypeFieldByField) {
+TEST(Smbios, RecordsOfEachTypeFieldByFieldStringNumbersAndUuidTexts) {
     const SmbiosImage bios = SmbiosImage().addBios(), host = SmbiosImage(bios).addStructure(9, kSlot, {"Slot 3"});
     const Bytes good = host.bytes();
     auto shortSlot = [](int length) { return Bytes(kSlot.begin(), kSlot.begin() + length - 4); };
@@ -112,12 +112,9 @@ TEST(Smbios, RecordsOfEachTypeFieldByField) {
     ASSERT_EQ(smbiosOpen() + smbiosGetRecords(9, &table, nullptr), 0) << "count may be null";
     EXPECT_EQ(static_cast<smbiosSystemSlot*>(table)->recordType, 9);
     free(table);
-}
-
-TEST(Smbios, StringNumbersAndUuidTexts) {
     Bytes structure = {2, 4, 0, 0, 'p', 0, 'a', 0x7f, 'b', 0x80, 0, 0};
-    auto* header = reinterpret_cast<smbiosHeader*>(structure.data());
-    for (int index : {0, 2, 3})  // no string, the second one, one past the last
+    auto* header = reinterpret_cast<smbiosHeader*>(structure.data());  // outside the table held
+    for (int index : {0, 2, 3})                                        // no string, the second one, one past the last
         EXPECT_STREQ(smbiosGetString(header, 4, index), index == 2 ? "a.b." : "Undefined") << index;
     EXPECT_EQ(structure[7], '.') << "replaced in place";
     const std::pair<uint16_t, const char*> uuids[] = {{0x11D0, "04030201-0605-11d0-0809-0a0b0c0d0e0f"},
@@ -162,7 +159,6 @@ static std::string predicates() {
 
 TEST(PlatformServices, RecordAndCachedCodeFollowTheFamilyAndTheKernelLine) {
     vmwaretest::FakeHostSystem host;
-    rig();
     // Family, kernel name and release; the platform code, the predicates' answers, the resource managers.
     const std::tuple<const char*, const char*, const char*, int32_t, const char*, Ids> cases[] = {
         {"PLATFAMILY00004", "VMkernel", "8.0.2", 4, "010101", {8, 1, 0, 2, 3, 4, 5}},
