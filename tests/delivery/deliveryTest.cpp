@@ -120,8 +120,8 @@ TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoor
     zuvtest::clearLogs();
     std::string app = "{\"app\":1}";
     manager->sendAppTelemetry(app, results.into(4));
+    manager->sendInventory("[\"inventory\"]");  // before a task of lower priority: a tie would reorder them
     manager->sendUtilization("{\"cpu\":42}", results.into(3));
-    manager->sendInventory("[\"inventory\"]");
     zuvEvent event{708, "2026-11-18T10:36:45Z", 0, "", "", "Slot 3 Port 1", "NVMe", {}};
     event.variableData["Code"] = 1;
     manager->sendEvent(event, results.into(1));
@@ -142,14 +142,13 @@ TEST_F(ManagerTest, WhileTheWorkerIsBusyWorkWaitsByPriorityCleanupDropsItAndDoor
     EXPECT_TRUE(zuvtest::logHolds(kMainLog, "Sending event through selected protocol - EventId [708]\n" + json + "\n"));
     EXPECT_EQ(managerLog(kMainLog),
               (Strings{"Sending event through selected protocol - EventId [708]", "Sent - Successful"}));
-    EXPECT_EQ(
-        managerLog(kDebugLog),
-        (Strings{"Submit the Application Telemetry to Dispatcher", "Submit the Utilization Payload to the Dispatcher",
-                 "Submit the Inventory to Dispatcher", "Populate Event Payload - Start",
-                 "zuvInBandComManager: initialize Msg header [IP Address = 192.0.2.10]",
-                 "zuvInBandComManager: initialize Msg [phyloc = Slot 3 Port 1]",
-                 "zuvInBandComManager: Set variable data", "Populate Event Payload - Finished",
-                 "Transform Event obj to String", "Submit the Event to Dispatcher"}));
+    EXPECT_EQ(managerLog(kDebugLog),
+              (Strings{"Submit the Application Telemetry to Dispatcher", "Submit the Inventory to Dispatcher",
+                       "Submit the Utilization Payload to the Dispatcher", "Populate Event Payload - Start",
+                       "zuvInBandComManager: initialize Msg header [IP Address = 192.0.2.10]",
+                       "zuvInBandComManager: initialize Msg [phyloc = Slot 3 Port 1]",
+                       "zuvInBandComManager: Set variable data", "Populate Event Payload - Finished",
+                       "Transform Event obj to String", "Submit the Event to Dispatcher"}));
 }
 
 TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndTheWorkerGoesOn) {
