@@ -1,6 +1,5 @@
 #pragma once
-// Shared by the delivery and platform tests: a recorder to wait on, a simulated RMC behind the
-// IPMI device seam (never destroyed: the singletons use it until exit), SMBIOS images.
+// Shared by the delivery and platform tests: a recorder to wait on, a simulated RMC, SMBIOS images.
 
 #include <unistd.h>
 
@@ -63,7 +62,8 @@ struct Rig {
     Rig() { zuvIPMI::setDeviceSystem(&device); }
 };
 
-// The logger and the rig, once per process, before the IPMI service is first built.
+// The logger and the rig, once per process, before the IPMI service is built; never destroyed, as
+// the singletons use it until exit.
 inline Rig& rig() {
     static Rig* made = (zuvtest::startFileLogging(), new Rig());
     return *made;
