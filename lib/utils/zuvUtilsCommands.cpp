@@ -9,11 +9,11 @@
 #include "utils/zuvCommandPipe.h"
 #include "utils/zuvUtils.h"
 #include "utils/zuvUtilsLogTag.h"
-#include "vmware/zuvVMwareOSUtils.h"
+#include "vmware/zuvHostCalls.h"
 
 namespace {
 constexpr int kCommandReadSize = 2048;
-constexpr size_t kErrorTextSize = 256;  // regerror() texts
+constexpr size_t kErrorTextSize = 256;  // regerror() and strerror texts
 }  // namespace
 
 std::vector<std::string> zuvUtils::runCommand(const std::string& command) {
@@ -65,7 +65,7 @@ bool zuvUtils::regexSearch(const std::string& text, const std::string& pattern, 
     return false;
 }
 
-std::string zuvUtils::errnoMessage(int errnum) { return zuvVMwareOSUtils().getShortErrorText(errnum); }
+std::string zuvUtils::errnoMessage(int errnum) { return zuvErrnoText(errnum, kErrorTextSize); }
 
 void zuvUtils::trimBlanks(std::string& text, std::string& result) {
     result.clear();

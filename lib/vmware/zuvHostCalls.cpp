@@ -10,14 +10,25 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
+// strerror_r comes in a GNU form (returns the text) and an XSI form (fills the buffer).
+[[maybe_unused]] const char* errorTextOf(int result, const char* buffer) { return result == 0 ? buffer : ""; }
+[[maybe_unused]] const char* errorTextOf(const char* result, const char*) { return result; }
+
 bool unameOrLog(struct utsname& name, const char* tag) {
     if (zuvCurrentHostSystem().uname(&name) == 0) return true;
     ZUV_LOG_ERROR(tag, "uname failed with error = %d", errno);
     return false;
 }
 }  // namespace
+
+std::string zuvErrnoText(int errorNumber, size_t bufferSize) {
+    std::string buffer(bufferSize, '\0');
+    const char* text = errorTextOf(strerror_r(errorNumber, &buffer[0], bufferSize), buffer.data());
+    return std::string(text, strnlen(text, bufferSize - 1));
+}
 
 std::string zuvHostNodeName(const char* tag) {
     struct utsname name {};

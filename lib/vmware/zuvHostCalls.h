@@ -2,10 +2,13 @@
 // The uname, getifaddrs and vim-cmd calls that both zuvUtils and zuvVMwareOSUtils offer; each
 // class logs them under its own tag and words its own error texts.
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
 
+// The text of an errno value, cut to bufferSize - 1 characters as strerror_r gives it.
+std::string zuvErrnoText(int errorNumber, size_t bufferSize);
 // The node name, or " " when uname fails (logged at error level under tag).
 std::string zuvHostNodeName(const char* tag);
 // "sysname nodename release version machine", or " " when uname fails.

@@ -11,16 +11,6 @@
 
 namespace {
 
-// strerror_r comes in a GNU form (returns the text) and an XSI form (fills the buffer).
-[[maybe_unused]] const char* errorTextOf(int result, const char* buffer) { return result == 0 ? buffer : ""; }
-[[maybe_unused]] const char* errorTextOf(const char* result, const char*) { return result; }
-
-std::string errorText(int errorNumber, size_t bufferSize) {
-    std::string buffer(bufferSize, '\0');
-    const char* text = errorTextOf(strerror_r(errorNumber, &buffer[0], bufferSize), buffer.data());
-    return std::string(text, strnlen(text, bufferSize - 1));
-}
-
 // The value behind the first colon of the first line that the command printed.
 std::string valueAfterColon(const std::vector<std::string>& lines) {
     if (lines.empty()) return "";
@@ -70,5 +60,5 @@ std::vector<std::string> zuvVMwareOSUtils::getIPv4Addresses() {
     return addresses;
 }
 
-std::string zuvVMwareOSUtils::getErrorText(int errorNumber) { return errorText(errorNumber, 1024); }
-std::string zuvVMwareOSUtils::getShortErrorText(int errorNumber) { return errorText(errorNumber, 256); }
+std::string zuvVMwareOSUtils::getErrorText(int errorNumber) { return zuvErrnoText(errorNumber, 1024); }
+std::string zuvVMwareOSUtils::getShortErrorText(int errorNumber) { return zuvErrnoText(errorNumber, 256); }
