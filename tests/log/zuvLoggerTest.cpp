@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <map>
 #include <regex>
 #include <sstream>
 #include <thread>
@@ -164,30 +163,6 @@ TEST(Logger, ConfigurationDecidesWhatIsWrittenWhereAndConstructionMakesDirectori
                 << c.config << " " << path << ": " << whatIsAt(path);
         }
     }
-}
-
-TEST(Logger, LinesFromManyThreadsNeverMix) {
-    zuvtest::writeConfig(config("/opt/kelzuv/log/threads.log", "syslog"));
-    std::istringstream lines(zuvtest::inChild([] {
-                                 zuvLogger::getInstance();  // built before the threads start
-                                 std::vector<std::thread> threads;
-                                 for (int t = 0; t < 4; ++t)
-                                     threads.emplace_back([t] {
-                                         for (int i = 0; i < 2000; ++i) ZUV_LOG_WARNING("T", "worker %d line %d", t, i);
-                                     });
-                                 for (auto& thread : threads) thread.join();
-                                 return zuvtest::readFile("/opt/kelzuv/log/threads.log");
-                             }).text);
-    // Whole lines; each thread number, 100 to 103, is one worker's; a worker's lines come in its order.
-    std::map<int, int> workerOf, next;
-    const std::regex shape(R"(\S+ \[WARNING\] (10[0-3]) \d+ T: worker (\d) line (\d+))");
-    for (std::string line; std::getline(lines, line);) {
-        std::smatch m;
-        ASSERT_TRUE(std::regex_match(line, m, shape)) << line;
-        EXPECT_EQ(workerOf.emplace(std::stoi(m[1]), std::stoi(m[2])).first->second, std::stoi(m[2])) << line;
-        EXPECT_EQ(next[std::stoi(m[2])]++, std::stoi(m[3])) << line;
-    }
-    EXPECT_EQ(workerOf.size() * 1000 + next[0] + next[1] + next[2] + next[3], 12000u);
 }
 
 }  // namespace
