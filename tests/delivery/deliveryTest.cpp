@@ -6,7 +6,6 @@
 #include "delivery/zuvInBandComManager.h"
 #include "deliveryTestRig.h"
 #include "platform/SMBIOSVMware.h"
-#include "zuvProcess.h"
 
 using namespace deliverytest;
 using zuvtest::kDebugLog;
@@ -40,9 +39,10 @@ TEST(DispatcherQueue, TasksRunByPriorityEqualOnesInHeapOrderAndAFailedWorkerStar
         const uid_t user = 100000 + getpid();
         const rlimit two{2, 2};
         if (setresuid(user, user, user) != 0 || setrlimit(RLIMIT_NPROC, &two) != 0) return std::string("no setup");
-        return failureOf([] { zuvPriorityDispatcherQueue("half started", 3); });
+        return thrown([] { zuvPriorityDispatcherQueue("half started", 3); });
     });
-    EXPECT_EQ(child.text + ", exit " + std::to_string(child.exitStatus), "Resource temporarily unavailable, exit 0");
+    EXPECT_EQ(child.text + ", exit " + std::to_string(child.exitStatus),
+              "std::system_error: Resource temporarily unavailable, exit 0");
 }
 
 namespace {
@@ -70,16 +70,16 @@ protected:
         zuvtest::clearLogs();
         // IPMI device present, SMBIOS family, a broken platform look-up, failure; all tried anew.
         const std::tuple<bool, const char*, bool, const char*> cases[] = {
-            {false, "PLATFAMILY00001", false, "IPMI - Connection - Failed"},
-            {true, "", false, "Couldnot Fetch the Platform details"},
-            {true, "PLATFAMILY00001", true, "broken"},
-            {true, "PLATFAMILY00001", false, "no failure"},
+            {false, "PLATFAMILY00001", false, "std::runtime_error: IPMI - Connection - Failed"},
+            {true, "", false, "std::runtime_error: Couldnot Fetch the Platform details"},
+            {true, "PLATFAMILY00001", true, "std::logic_error: broken"},
+            {true, "PLATFAMILY00001", false, ""},
         };
         for (const auto& [device, family, broken, failure] : cases) {
             rig().device.setDevicePresent(device);
             installSmbios(family);
             auto host = broken ? std::make_unique<BrokenSmbios>() : std::make_unique<SMBIOSVMware>();
-            EXPECT_EQ(failureOf([&] { manager = zuvInBandComManager::getInstance(host.get()); }), failure);
+            EXPECT_EQ(thrown([&] { manager = zuvInBandComManager::getInstance(host.get()); }), failure);
         }
         EXPECT_EQ(managerLog(kMainLog),
                   (Strings{"Creating zuvInBandComManager: platformId [PLATFAMILY00001]",
@@ -158,13 +158,13 @@ TEST_F(ManagerTest, FailuresReachOnlyTheCallbackOrTheCallerAndTheWorkerGoesOn) {
     manager->sendAppTelemetry("last", results.into(7));
     EXPECT_EQ(results.waitFor(1), std::vector<int>{70});
     const zuvEvent event{709, "", 0, "", "", "", "", {}};
-    EXPECT_EQ(failureOf([&] { manager->sendEvent(event, std::function<void(int)>(ThrowsWhenCopied())); }),
-              "Event NOT Delivered to RMC");
+    EXPECT_EQ(thrown([&] { manager->sendEvent(event, std::function<void(int)>(ThrowsWhenCopied())); }),
+              "std::runtime_error: Event NOT Delivered to RMC");
     EXPECT_EQ(managerLog(kMainLog, "ERROR"), Strings{"Failed to send the Event to RMC = [709]"});
     EXPECT_FALSE(zuvtest::hasMessage(managerLog(kMainLog), "Sent - Successful"));
     EXPECT_EQ(received(),
               (Strings{"WriteInventory {\"inventory\":true}", "WriteTelemetry {}", "WriteAppTelemetry last"}));
-    EXPECT_EQ(failureOf([&] { manager->initialize(1); }), "NOT Initialized - Protocol Not supported");
+    EXPECT_EQ(thrown([&] { manager->initialize(1); }), "std::runtime_error: NOT Initialized - Protocol Not supported");
     const Strings debug = managerLog(kDebugLog);
     EXPECT_TRUE(zuvtest::hasMessage(
         debug, "zuvInBandComManager: initialize Msg header [HostName = esx01], [OSVersion = 7.0.3], [OSType = 104]"));

@@ -10,11 +10,13 @@
 #include "zuvSandbox.h"
 #include "zuvSimRmcDevice.h"
 #include "zuvSmbiosImage.h"
+#include "zuvProcess.h"
 #include "zuvTestLog.h"
 
 namespace deliverytest {
 
 using Strings = std::vector<std::string>;
+using zuvtest::thrown;
 
 // Numbers in the order tasks recorded them, and a gate where tasks wait until it opens.
 class Recorder {
@@ -46,15 +48,6 @@ private:
     std::promise<void> opener;
     std::shared_future<void> opened = opener.get_future().share();
 };
-
-// The text of what the call throws.
-template <typename Call>
-std::string failureOf(Call call) try {
-    call();
-    return "no failure";
-} catch (const std::exception& e) {
-    return e.what();
-}
 
 struct Rig {
     zuvsim::SimulatedRmc rmc;

@@ -1,6 +1,5 @@
 // The device channel: opening /dev/ipmi0, with the driver load, and transfer over the kernel records.
 #include "ipmiTestRig.h"
-#include "zuvProcess.h"
 
 #include <fcntl.h>
 

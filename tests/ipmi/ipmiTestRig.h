@@ -4,9 +4,9 @@
 #include "ipmi/zuvIPMIDeviceSystem.h"
 #include "ipmi/zuvIPMIService.h"
 #include "zuvSimRmcDevice.h"
+#include "zuvProcess.h"
 #include "zuvTestLog.h"
 
-#include <cxxabi.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -25,17 +25,7 @@ inline Bytes counting(int n) {
     return bytes;
 }
 
-// "<type>: <what>" of the exception that run raises; empty when it returns.
-template <typename Run>
-std::string thrown(Run&& run) {
-    try {
-        run();
-    } catch (const std::exception& e) {
-        std::unique_ptr<char, void (*)(void*)> type(abi::__cxa_demangle(typeid(e).name(), 0, 0, 0), std::free);
-        return type.get() + std::string(": ") + e.what();
-    }
-    return "";
-}
+using zuvtest::thrown;
 
 class IpmiTest : public ::testing::Test {
 protected:

@@ -141,7 +141,8 @@ TEST(EventResolver, EachPlatformResolvesExactlyItsTableWithNumbersCutTo16Bits) {
             if (number >= 0 && number <= 50 && ids[number] != 0)
                 EXPECT_EQ(resolver->resolve(wrapped), ids[number]) << number;
             else
-                EXPECT_EQ(failureOf([&] { resolver->resolve(wrapped); }), "IEL Event Not Matching") << number;
+                EXPECT_EQ(thrown([&] { resolver->resolve(wrapped); }), "std::runtime_error: IEL Event Not Matching")
+                    << number;
         }
     }
     EXPECT_EQ(IELEventMap::preSPHEventTable().size(), 47u);
@@ -190,7 +191,7 @@ TEST(PlatformServices, RecordAndCachedCodeFollowTheFamilyAndTheKernelLine) {
     storeCachedPlatformCode(3);  // no predicate knows code 3
     EXPECT_EQ(predicates(), "000000");
     storeCachedPlatformCode(-1);
-    EXPECT_EQ(failureOf(getCachedPlatformCode), "Couldnot Fetch the Platform details");
-    EXPECT_EQ(failureOf([] { getPlatformServices(1); }), "Couldnot Fetch the Platform details");
+    EXPECT_EQ(thrown(getCachedPlatformCode), "std::runtime_error: Couldnot Fetch the Platform details");
+    EXPECT_EQ(thrown([] { getPlatformServices(1); }), "std::runtime_error: Couldnot Fetch the Platform details");
     EXPECT_THROW(SMBIOSVMware().getManufacturer(), smbios_exceptions::not_initialized);
 }

@@ -13,7 +13,6 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
-#include <functional>
 #include <map>
 #include <set>
 #include <sstream>
@@ -30,13 +29,6 @@ const char* const kRecord = "/tmp/service-record.txt";  // the packets the servi
 const char* const kReport = "/tmp/rmc-report.txt";      // what the simulated RMC received
 
 std::string replyPipeOf(pid_t pid) { return "/var/run/kelzuvcli" + std::to_string(pid); }
-
-// Polls until done() holds, for 30 s at the most.
-bool eventually(const std::function<bool()>& done) {
-    for (int polls = 0; polls < 30000; ++polls, usleep(1000))
-        if (done()) return true;
-    return false;
-}
 
 // Client i's payload: an event with a location, or an inventory into a file that can or can't be
 // written, all its own. The kinds get different codes: an answer meant for another shows.
@@ -160,7 +152,8 @@ TEST_F(Service, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
     ASSERT_EQ(flock(held, LOCK_EX), 0);
     launch(0, 1);
     const std::string waiter = "-> FLOCK  ADVISORY  WRITE " + std::to_string(clients[0].pid()) + " ";
-    ASSERT_TRUE(eventually([&] { return zuvtest::logHolds("/proc/locks", waiter); })) << "no wait for the lock";
+    ASSERT_TRUE(zuvtest::eventually([&] { return zuvtest::logHolds("/proc/locks", waiter); }, 30000))
+        << "no wait for the lock";
     close(held);
     EXPECT_TRUE(answered(0, ended(0)));
 
@@ -177,7 +170,8 @@ TEST_F(Service, EveryClientOfManyAtOnceGetsItsOwnAnswer) {
 
     // The service dies in the middle of a wave, and a new one takes its pipe over.
     launch(loaded, wave);
-    ASSERT_TRUE(eventually([&] { return packetsByClient().size() >= static_cast<size_t>(loaded + 10); }));
+    ASSERT_TRUE(
+        zuvtest::eventually([&] { return packetsByClient().size() >= static_cast<size_t>(loaded + 10); }, 30000));
     service.stop();
     startService(options);
     answeredWave(loaded + wave, wave);

@@ -15,14 +15,6 @@
 namespace zuvtest {
 namespace {
 
-// Polls done every 2 ms until it holds (true) or timeoutMs have gone by (false).
-bool pollUntil(const std::function<bool()>& done, int timeoutMs) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    for (; !done(); usleep(2000))
-        if (std::chrono::steady_clock::now() >= deadline) return false;
-    return true;
-}
-
 // A child process that ends with the status body returns.
 pid_t forkChild(const std::function<int()>& body) {
     const pid_t child = fork();
@@ -46,7 +38,7 @@ pid_t spawn(const std::vector<std::string>& argv, int out = 1, int err = 2) {
 // The exit status of child once it ends within timeoutMs, else -1.
 int waitFor(pid_t child, int timeoutMs) {
     int raw = 0;
-    if (!pollUntil([&] { return waitpid(child, &raw, WNOHANG) != 0; }, timeoutMs)) return -1;
+    if (!eventually([&] { return waitpid(child, &raw, WNOHANG) != 0; }, timeoutMs)) return -1;
     return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
 }
 
@@ -105,8 +97,15 @@ int BackgroundProcess::wait(int timeoutMs) {
     return status;
 }
 
+bool eventually(const std::function<bool()>& done, int timeoutMs) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    for (; !done(); usleep(2000))
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+    return true;
+}
+
 bool waitForPath(const std::string& path, int timeoutMs) {
-    return pollUntil([&] { return fileExists(path); }, timeoutMs);
+    return eventually([&] { return fileExists(path); }, timeoutMs);
 }
 
 }  // namespace zuvtest

@@ -1,14 +1,30 @@
 #pragma once
-// Programs run from tests: a function in a forked child, a program with its output and a bound on its time,
-// or a program in the background.
+// What tests run: a function in a forked child, a program with its output and a bound on its time, a
+// program in the background, a call that may throw.
 
+#include <cxxabi.h>
 #include <sys/types.h>
 
+#include <cstdlib>
 #include <functional>
+#include <memory>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 namespace zuvtest {
+
+// "<type>: <what>" of the exception that the call raises; empty when it returns.
+template <typename Call>
+std::string thrown(Call&& call) {
+    try {
+        call();
+    } catch (const std::exception& e) {
+        std::unique_ptr<char, void (*)(void*)> type(abi::__cxa_demangle(typeid(e).name(), 0, 0, 0), std::free);
+        return type.get() + std::string(": ") + e.what();
+    }
+    return "";
+}
 
 // For singletons built once per process, and exit().
 struct ChildResult {
@@ -41,6 +57,8 @@ private:
     bool reaped = false;
 };
 
-bool waitForPath(const std::string& path, int timeoutMs = 5000);  // false once timeoutMs went by
+// Polls every 2 ms until done() holds (true) or timeoutMs have gone by (false).
+bool eventually(const std::function<bool()>& done, int timeoutMs);
+bool waitForPath(const std::string& path, int timeoutMs = 5000);
 
 }  // namespace zuvtest

@@ -10,6 +10,7 @@
 #include "platform/zuvPlatformCode.h"
 #include "tables/zuvDeviceLocationRules.h"
 #include "tables/zuvStorageControllers.h"
+#include "zuvProcess.h"
 
 namespace {
 
@@ -31,13 +32,8 @@ std::string codesWhereTrue(const std::function<bool()>& test) {
 
 TEST(PlatformTests, WithoutThePlatformLayerAPlatformTestThrowsAsWhenThePlatformCantBeRead) {
     zuvPlatformCodeSourceHook = nullptr;  // as in a process without the platform layer
-    std::string thrown = "nothing thrown";
-    try {
-        storageControllers[0].isApplicable();
-    } catch (const std::runtime_error& e) {
-        thrown = e.what();
-    }
-    EXPECT_EQ(thrown, "Couldnot Fetch the Platform details");
+    EXPECT_EQ(zuvtest::thrown([] { storageControllers[0].isApplicable(); }),
+              "std::runtime_error: Couldnot Fetch the Platform details");
 }
 
 TEST(StorageControllers, RowsInTheirOrderAndTheRowInGeneralThatTheLookUpFindsPerPlatform) {

@@ -14,6 +14,7 @@
 #include "sim/hosttools/zuvFakeHostTools.h"
 #include "utils/zuvUtils.h"
 #include "vmware/zuvVMwareOSUtils.h"
+#include "zuvProcess.h"
 #include "zuvSandbox.h"
 #include "zuvTestLog.h"
 

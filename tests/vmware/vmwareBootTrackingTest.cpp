@@ -5,7 +5,6 @@
 
 #include "hostTestFixture.h"
 #include "utils/zuvScratchFile.h"
-#include "zuvProcess.h"
 
 const std::string kVital = "/opt/kelzuv/vital", kState = kVital + "/kelZUVStartStop.txt";
 const std::string kTwin = kVital + "/kelZUVStartStoptmp.txt", kOld = "last_start 5\nlast_stop 9\ncurrent_start 8\n";
