@@ -65,11 +65,6 @@ public:
         unlink((base + ".out").c_str());
         write(base + ".rc", std::to_string(rc) + "\n");
     }
-    // Drops every answer of the tool for that argument line: the tool then fails with status 1.
-    void forget(const std::string& tool, const std::string& arguments) {
-        const std::string base = dir + "/" + tool + "/" + keyOf(arguments);
-        for (const char* suffix : {".out", ".err", ".rc"}) unlink((base + suffix).c_str());
-    }
 
     // Places tool in a directory as well (e.g. /bin for /bin/vim-cmd in a sandbox).
     void installIn(const std::string& directory, const std::string& tool) { link(directory + "/" + tool); }

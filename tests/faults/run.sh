@@ -11,16 +11,15 @@ for dir in /opt /tmp /run /var/log; do mount -t tmpfs zuvfaults "$dir"; done
 [ ! -e /dev/log ] || mount --bind /dev/null /dev/log
 vital=/opt/kelzuv/vital tmpdir=/opt/kelzuv/tmp logdir=/opt/kelzuv/log
 state=$vital/kelZUVStartStop.txt twin=$vital/kelZUVStartStoptmp.txt
-export PATH=/run/bin:$PATH
 printf '2020-03-04T05:06:07Z Host has booted\n2021-01-02T03:04:05Z Host has booted\n' >/var/log/vmksummary.log
-mkdir /run/bin && printf '#!/bin/sh\ncase "$*" in\n%s\n%s\nesac\n' >/run/bin/localcli \
-    '"hardware pci list") printf "   Address: 0000:03:00.0\n   VMkernel Name: vmhba1\n";;' \
-    '*) printf "Adapter: vmhba1\n   Node Name: 20:00:00:00:c9:00:00:01\n";;'
-cat >/run/bin/esxtop <<'TOOL'
-#!/bin/sh
-printf '%s\n%s' '"Time","\\h\Memory\Machine MBytes","\\h\Memory\Free MBytes",' '"1","262144","131072",'
-TOOL
-chmod +x /run/bin/*
+# The host tools: the one stand-in of sim/hosttools under each tool's name, its answers in /run/zuvfake.
+export ZUV_FAKE_DIR=/run/zuvfake PATH=/run/zuvfake/bin:$PATH
+mkdir -p $ZUV_FAKE_DIR/{bin,localcli,esxtop}
+for tool in localcli esxtop; do ln -s "$(realpath "${0%/*}/../../sim/hosttools/fakeHostTool")" $ZUV_FAKE_DIR/bin/$tool; done
+printf '   Address: 0000:03:00.0\n   VMkernel Name: vmhba1\n' >$ZUV_FAKE_DIR/localcli/hardware_pci_list.out
+printf 'Adapter: vmhba1\n   Node Name: 20:00:00:00:c9:00:00:01\n' >$ZUV_FAKE_DIR/localcli/storage_san_fc_list.out
+printf '%s\n%s' '"Time","\\h\Memory\Machine MBytes","\\h\Memory\Free MBytes",' '"1","262144","131072",' \
+    >$ZUV_FAKE_DIR/esxtop/-c__opt_kelzuv_data_esxtopconf_-b_-n_1.out
 runs=0 failures=0
 fault() { failures=$((failures + 1)) && echo "FAULT $*"; }
 traced() { strace -qq $(printf -- '-P %s ' ${files[$1]}) "${@:2}" "$driver" "$1"; } # $1 operation, strace options
