@@ -1,11 +1,7 @@
 #!/usr/bin/env bash
-# The whole test suite: installs what is missing, then runs the stages listed at the bottom in
-# order: the format check, the static analysis (clang-tidy and cppcheck), the normal (Release)
-# build with every test, an ASan+UBSan build with every test but the kernel ones, a TSan build of
-# the concurrency tests, the install and package checks, the injected faults on the files the
-# library writes, and a bounded fuzz run of every parser (clang). The builds are the presets of
-# CMakePresets.json; their trees live in the checkout (build*/), never under /tmp, which the test
-# sandbox replaces. It ends with the size of the tests against the code.
+# The whole test suite: installs what is missing, then runs the stages named at the bottom in
+# order (README.md tells what each does). The builds are the presets of CMakePresets.json; their
+# trees live in the checkout (build*/), never under /tmp, which the test sandbox replaces.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
