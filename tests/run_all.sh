@@ -78,7 +78,7 @@ print_test_size() {
     code=$(count_lines lib client sim tools bench ':!lib/tables/zuvPciVendorNames.cpp')
     echo "=== test size: $tests lines in tests/ against $code lines of code" \
         "(lib/ without the generated vendor table, client/, sim/, tools/, bench/): ratio" \
-        "$(awk -v t="$tests" -v c="$code" 'BEGIN { printf "%.2f", t / c }')"
+        "$(awk -v t="$tests" -v c="$code" 'BEGIN { printf "%.3f", t / c }')"
 }
 
 # ZUV_STAGES="asan install" runs only the stages named, in the order named.
