@@ -32,8 +32,8 @@ reset() {
         $logdir $logdir >$vital/zuv.conf
 }
 
-# A scenario's files, its good and failed outputs (time stamps as T; a read error on a scratch file
-# reads as its end, so nothing is found) and the state file's new content ('|' ends a line).
+# A scenario's files, its good output (first) and failed ones (time stamps as T; a read error on a
+# scratch file reads as its end, so nothing is found) and the state file's new content ('|' ends a line).
 declare -A files=([state-init]="$state $twin" [state-stop]="$state $twin" [last-start]="$state $twin"
     [boot-times]=/tmp/zuvboot.log [fc]="$tmpdir/fc_topology.txt $tmpdir/fc_name.txt" [memory]=$tmpdir/zuv-mem.txt
     [log]="$logdir/zuv.log $logdir/zuvdebug.log $tmpdir/zuv.log $tmpdir/zuvdebug.log")
@@ -61,6 +61,7 @@ check() {
         [ "$(head -n1 $logdir/zuv.log)" = "old log line" ] || why="log lost its content"
     elif [ -z "$cut" ]; then
         [[ "|${outputs[$op]}" == *"|$out|"* ]] || why="output [$out]"
+        [ "$4" != none ] || [ "$out" = "${outputs[$op]%%|*}" ] || why="output [$out] with nothing injected"
         for f in ${files[$op]}; do [ ! -e "$f" ] || why="$f left"; done
     fi
     runs=$((runs + 1))
