@@ -31,10 +31,11 @@ TEST_F(HostTest, DecoderOfThePlatformIsCompiledOnceAndServesTheWholeProcess) {
         std::string out;
         for (int32_t platform; platforms >> platform;) {
             storeCachedPlatformCode(platform);
-            for (const char* address : {"0000:01:00.0", "0000:02:00.0", "0000:03:00.0", "0000:04:00.0", "none"}) {
-                const std::string fields = orThrown([&] { return join(zuvUtils().decodeGeoId(address)); });
-                out += "[" + (fields[0] == '!' ? "!" : fields) + "]";  // "!": the platform can't be read
-            }
+            for (const char* address : {"0000:01:00.0", "0000:02:00.0", "0000:03:00.0", "0000:04:00.0", "none"}) try {
+                    out += "[" + join(zuvUtils().decodeGeoId(address)) + "]";
+                } catch (const std::runtime_error&) {  // the platform can't be read: it passes
+                    out += "[!]";
+                }
         }
         const bool unlocked = zuvUtils::geoIdRegexMutex.try_lock();  // also after an exception
         return out + (zuvUtils::geoIdRegexReady ? " ready" : " not ready") + (unlocked ? "" : " locked");
