@@ -15,7 +15,8 @@ printf '2020-03-04T05:06:07Z Host has booted\n2021-01-02T03:04:05Z Host has boot
 # The host tools: the one stand-in of sim/hosttools under each tool's name, its answers in /run/zuvfake.
 export ZUV_FAKE_DIR=/run/zuvfake PATH=/run/zuvfake/bin:$PATH
 mkdir -p $ZUV_FAKE_DIR/{bin,localcli,esxtop}
-for tool in localcli esxtop; do ln -s "$(realpath "${0%/*}/../../sim/hosttools/fakeHostTool")" $ZUV_FAKE_DIR/bin/$tool; done
+standIn=$(realpath "$(dirname "$0")/../../sim/hosttools/fakeHostTool")
+for tool in localcli esxtop; do ln -s "$standIn" $ZUV_FAKE_DIR/bin/$tool; done
 printf '   Address: 0000:03:00.0\n   VMkernel Name: vmhba1\n' >$ZUV_FAKE_DIR/localcli/hardware_pci_list.out
 printf 'Adapter: vmhba1\n   Node Name: 20:00:00:00:c9:00:00:01\n' >$ZUV_FAKE_DIR/localcli/storage_san_fc_list.out
 printf '%s\n%s' '"Time","\\h\Memory\Machine MBytes","\\h\Memory\Free MBytes",' '"1","262144","131072",' \
